@@ -1,0 +1,41 @@
+#pragma once
+// The main window's status bar: six text panels numbered 1 to 6. Panels 3 and 5 are clickable.
+#include <QLabel>
+#include <QStatusBar>
+#include <array>
+#include <functional>
+
+namespace lumora {
+
+class status_panel : public QLabel {
+    Q_OBJECT
+public:
+    using QLabel::QLabel;
+signals:
+    void clicked();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent* event) override;
+};
+
+class status_bar : public QStatusBar {
+    Q_OBJECT
+public:
+    static constexpr int panel_count = 6;
+    explicit status_bar(QWidget* parent = nullptr);
+
+    QString text(int panel) const;
+    void set_text(int panel, const QString& text);
+    status_panel* panel(int panel) const;
+
+    // Every panel write goes here too (the trace listens).
+    std::function<void(int panel, const QString& text)> on_write;
+
+signals:
+    void panel_clicked(int panel);
+
+private:
+    std::array<status_panel*, panel_count> panels_{};
+};
+
+} // namespace lumora
