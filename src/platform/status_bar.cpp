@@ -46,7 +46,7 @@ void status_bar::set_text(int n, const QString& text) {
     auto* p = panel(n);
     if (!p) return;
     p->setText(text);
-    if (on_write) on_write(n, text);
+    emit panel_written(n, text);
 }
 
 } // namespace lumora

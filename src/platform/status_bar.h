@@ -3,7 +3,6 @@
 #include <QLabel>
 #include <QStatusBar>
 #include <array>
-#include <functional>
 
 namespace lumora {
 
@@ -28,11 +27,10 @@ public:
     void set_text(int panel, const QString& text);
     status_panel* panel(int panel) const;
 
-    // Every panel write goes here too (the trace listens).
-    std::function<void(int panel, const QString& text)> on_write;
-
 signals:
     void panel_clicked(int panel);
+    // Every panel write, in order (the trace and the tests listen).
+    void panel_written(int panel, const QString& text);
 
 private:
     std::array<status_panel*, panel_count> panels_{};

@@ -1,0 +1,293 @@
+#include "frmMain.h"
+
+#include "frmAbout.h"
+#include "link/command_ring.h"
+#include "link/frmPortSet.h"
+#include "link/link_context.h"
+#include "link/photometric.h"
+#include "link/response_decoder.h"
+#include "link/shared_state.h"
+#include "link/trace.h"
+#include "platform/app_settings.h"
+#include "platform/comm_port.h"
+#include "platform/numeric_text.h"
+#include "platform/prompts.h"
+#include "platform/status_bar.h"
+#include "store/settings_store.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QTimer>
+#include <QToolBar>
+
+namespace lumora {
+namespace {
+
+struct button_row {
+    int index;
+    const char* key;
+    const char* tip;
+};
+
+constexpr button_row toolbar_rows[] = {
+    {1, "Setup", "Parameter setup"},      {2, "Zero", "Zero/Baseline"},       {3, "Read", "Data reading"},
+    {4, "Stop", "Stop data reading"},     {6, "Auto", "Auto zoom data"},      {7, "Zoom", "Zoom in/out data"},
+    {8, "Original", "Original data"},     {9, "Peak", "Peak/valley search"},  {10, "Smooth", "Data smoothing"},
+    {11, "Derivative", "Data derivative"}, {12, "Scan add", "+-* Scan"},      {13, "Color", "Color setup"},
+    {15, "Report", "Report preview"},     {16, "Print", "Report print"}};
+
+// Runs a handler body; a run-time fault ends it there, as it ends a reply's handling.
+template <class F> void guarded(F&& body) {
+    try {
+        body();
+    } catch (const run_fault&) {
+    }
+}
+
+} // namespace
+
+frmMain::frmMain(std::unique_ptr<comm_backend> backend, QWidget* parent)
+    : QMainWindow(parent), port_(std::make_unique<comm_port>(std::move(backend))) {
+    setObjectName(QStringLiteral("frmMain"));
+    client_ = new QMdiArea(this);
+    client_->setObjectName(QStringLiteral("mdiClient"));
+    client_->setBackground(palette().dark());
+    setCentralWidget(client_);
+    status_ = new status_bar(this);
+    setStatusBar(status_);
+    timer_ = new QTimer(this);
+    timer_->setObjectName(QStringLiteral("Timer1"));
+    build_menus();
+    build_toolbar();
+    connect_link();
+    prompts::set_parent(this);
+    resize(900, 680);
+    restore_position();
+}
+
+frmMain::~frmMain() {
+    if (link_ctx.port == port_.get()) {
+        link_ctx.port = nullptr;
+        link_ctx.hooks = {};
+    }
+}
+
+void frmMain::build_menus() {
+    struct item {
+        const char* name;
+        const char* caption;
+    };
+    auto add_menu = [this](const char* name, const char* caption) {
+        QMenu* m = menuBar()->addMenu(QString::fromLatin1(caption));
+        m->setObjectName(QString::fromLatin1(name));
+        m->menuAction()->setObjectName(QString::fromLatin1(name));
+        menus_.push_back(m);
+        return m;
+    };
+    auto add_item = [this](QMenu* m, const char* name, const char* caption) {
+        QAction* a = m->addAction(QString::fromLatin1(caption));
+        a->setObjectName(QString::fromLatin1(name));
+        a->setParent(this);
+        return a;
+    };
+    QMenu* file = add_menu("mnuFile", "&File");
+    add_item(file, "mnuFileOpenP", "Load parameter");
+    add_item(file, "mnuFileOpenD", "Load data");
+    add_item(file, "mnuFileSaveP", "Save parameter");
+    add_item(file, "mnuFileSaveD", "Save data");
+    file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar1"));
+    add_item(file, "mnuFileExport", "Data export to Excel");
+    file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar2"));
+    add_item(file, "mnuFilePrintPreview", "Report preview");
+    add_item(file, "mnuFilePrint", "Print");
+    file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar4"));
+    QAction* exit = add_item(file, "mnuFileExit", "Exit");
+    connect(exit, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* set = add_menu("mnuSet", "&Setting");
+    QAction* com = add_item(set, "mnuSetComPort", "Set com port");
+    connect(com, &QAction::triggered, this, &frmMain::show_port_dialog);
+
+    QMenu* func = add_menu("mnuFnuc", "F&unction");
+    add_item(func, "mnuFuncPhotometry", "Photometry");
+    add_item(func, "mnuFuncSpectrum", "Spectrum");
+    add_item(func, "mnuFuncTimescan", "Time scan");
+    add_item(func, "mnuFuncKinetic", "Kinetic");
+    add_item(func, "mnuFuncQuant", "Quantitative");
+    add_item(func, "mnuFuncProtein", "Protein analysis");
+    QMenu* sys = func->addMenu(QStringLiteral("System"));
+    sys->setObjectName(QStringLiteral("mnuFuncSys"));
+    sys->menuAction()->setObjectName(QStringLiteral("mnuFuncSys"));
+    add_item(sys, "mnuFuncSysSetup", "Property setup");
+    add_item(sys, "mnuFuncSysVerify", "Verify bandwidth");
+
+    QMenu* help = add_menu("mnuHelp", "&Help");
+    QAction* about = add_item(help, "mnuHelpAbout", "About");
+    connect(about, &QAction::triggered, this, &frmMain::mnuHelpAbout_Click);
+}
+
+void frmMain::build_toolbar() {
+    toolbar_ = addToolBar(QStringLiteral("Toolbar"));
+    toolbar_->setObjectName(QStringLiteral("tbToolBar"));
+    toolbar_->setMovable(false);
+    toolbar_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    int next = 1;
+    for (const auto& row : toolbar_rows) {
+        for (; next < row.index; ++next) {
+            buttons_[static_cast<std::size_t>(next)] = toolbar_->addSeparator();
+        }
+        QAction* a = toolbar_->addAction(QString::fromLatin1(row.key));
+        a->setObjectName(QStringLiteral("tbToolBar_") + QString::fromLatin1(row.key).remove(' '));
+        a->setData(QString::fromLatin1(row.key));
+        a->setToolTip(QString::fromLatin1(row.tip));
+        buttons_[static_cast<std::size_t>(row.index)] = a;
+        next = row.index + 1;
+    }
+}
+
+QAction* frmMain::menu_action(const QString& name) const { return findChild<QAction*>(name); }
+
+frmPortSet& frmMain::port_dialog() {
+    if (!port_set_) port_set_ = new frmPortSet(this);
+    return *port_set_;
+}
+
+void frmMain::connect_link() {
+    link_ctx.port = port_.get();
+    auto& h = link_ctx.hooks;
+    h.set_panel = [this](int n, const QString& t) { status_->set_text(n, t); };
+    h.panel_text = [this](int n) { return status_->text(n); };
+    h.enable_menus = [this](bool on) {
+        if (on) {
+            enable_menus();
+            status_->setEnabled(true);
+        } else {
+            disable_menus();
+        }
+    };
+    h.scan_lock = [this](bool locked) { set_scan_lock(locked); };
+    h.scan_baseline_at_start = [this] { return port_set_ && port_set_->scan_baseline_at_start(); };
+    h.toolbar_disable_function = [this] { toolbar_disable_function(); };
+    h.enable_timer = [this] { timer_->start(); };
+    h.busy_cursor = [this](bool busy) {
+        if (busy)
+            setCursor(Qt::WaitCursor);
+        else
+            unsetCursor();
+    };
+    h.save_baseline = [] { save_baseline(); };
+    h.save_com_port = [] { save_com_port(); };
+
+    connect(port_.get(), &comm_port::OnComm, this, [] { on_comm_event(); });
+    connect(timer_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
+    connect(status_, &status_bar::panel_written, this, [](int n, const QString& t) { trace::panel(n, t); });
+    connect(status_, &status_bar::panel_clicked, this, [this](int n) {
+        if (n == 5) {
+            shared.reading_index = 0;
+            show_port_dialog();
+        }
+    });
+}
+
+void frmMain::Form_Load() {
+    QFont f = status_->font();
+    f.setPointSize(12);
+    status_->setFont(f);
+    toolbar_disable_function();
+    disable_menus();
+    shared.ring_head = 0;
+    shared.ring_tail = 0;
+    timer_->setInterval(50);
+    timer_->stop();
+    setWindowTitle(shared.software_name);
+    shared.reading_index = 0;
+    status_->set_text(4, QStringLiteral("Off-line"));
+}
+
+void frmMain::show_port_dialog() {
+    frmPortSet& dlg = port_dialog();
+    dlg.setWindowModality(Qt::WindowModal);
+    dlg.show();
+    dlg.raise();
+    dlg.activateWindow();
+}
+
+void frmMain::Timer1_Timer() {
+    guarded([] { lumora::Timer1_Timer(); });
+}
+
+void frmMain::set_toolbar_buttons(bool all, std::initializer_list<int> exceptions, bool status_bar_enabled) {
+    for (int i = 1; i <= 16; ++i)
+        if (buttons_[static_cast<std::size_t>(i)]) buttons_[static_cast<std::size_t>(i)]->setEnabled(all);
+    for (int i : exceptions)
+        if (i >= 1 && i <= 16 && buttons_[static_cast<std::size_t>(i)])
+            buttons_[static_cast<std::size_t>(i)]->setEnabled(!all);
+    status_->setEnabled(status_bar_enabled);
+}
+
+void frmMain::toolbar_disable_function() {
+    set_toolbar_buttons(false, {}, false);
+    shared.toolbar_locked = true;
+}
+
+void frmMain::toolbar_enable_function() {
+    set_toolbar_buttons(false, {1, 2, 3}, true);
+    shared.toolbar_locked = false;
+}
+
+void frmMain::disable_menus() {
+    for (QMenu* m : menus_) m->menuAction()->setEnabled(false);
+}
+
+void frmMain::enable_menus() {
+    for (QMenu* m : menus_) m->menuAction()->setEnabled(true);
+}
+
+void frmMain::unload_form() {
+    // Function windows come with the functions; until then there is none to close.
+    for (QWidget* w : client_->subWindowList()) w->close();
+    toolbar_enable_function();
+    status_->set_text(1, QString::fromStdString(format_number(shared.lambda_now, "###0nm")));
+}
+
+void frmMain::set_scan_lock(bool locked) {
+    // The user is kept away from menus, toolbar and function window while replies go on.
+    scan_locked_ = locked;
+    menuBar()->setEnabled(!locked);
+    toolbar_->setEnabled(!locked);
+    client_->setEnabled(!locked);
+}
+
+void frmMain::mnuHelpAbout_Click() {
+    auto* about = new frmAbout(this);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->setWindowModality(Qt::WindowModal);
+    about->show();
+}
+
+void frmMain::restore_position() {
+    bool ok[4] = {};
+    const int left = app_settings::get(QStringLiteral("MainLeft")).toInt(&ok[0]);
+    const int top = app_settings::get(QStringLiteral("MainTop")).toInt(&ok[1]);
+    const int width = app_settings::get(QStringLiteral("MainWidth")).toInt(&ok[2]);
+    const int height = app_settings::get(QStringLiteral("MainHeight")).toInt(&ok[3]);
+    if (ok[0] && ok[1] && ok[2] && ok[3] && width > 200 && height > 150) setGeometry(left, top, width, height);
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+    if (!isMinimized()) {
+        const QRect g = geometry();
+        app_settings::set(QStringLiteral("MainLeft"), QString::number(g.left()));
+        app_settings::set(QStringLiteral("MainTop"), QString::number(g.top()));
+        app_settings::set(QStringLiteral("MainWidth"), QString::number(g.width()));
+        app_settings::set(QStringLiteral("MainHeight"), QString::number(g.height()));
+    }
+    unload_form();
+    if (port_set_) port_set_->hide();
+    event->accept();
+}
+
+} // namespace lumora

@@ -1,0 +1,76 @@
+#pragma once
+// The main window: menus, the 16-button toolbar, the six-panel status bar, the transmit tick
+// Timer1 and the serial port. Its client area holds at most one function window.
+#include <QMainWindow>
+#include <QString>
+#include <array>
+#include <memory>
+
+class QAction;
+class QMdiArea;
+class QMenu;
+class QTimer;
+class QToolBar;
+
+namespace lumora {
+
+class comm_backend;
+class comm_port;
+class frmPortSet;
+class status_bar;
+
+class frmMain : public QMainWindow {
+    Q_OBJECT
+public:
+    // The port runs over `backend` (QSerialPort in the program, an in-memory pipe in tests).
+    explicit frmMain(std::unique_ptr<comm_backend> backend, QWidget* parent = nullptr);
+    ~frmMain() override;
+
+    // Load handler: status font, toolbar off, ring at 0, Timer1 stopped, caption.
+    void Form_Load();
+    // Shows the port dialog modally over the main window (not waiting for it).
+    void show_port_dialog();
+
+    // Toolbar states
+    void toolbar_disable_function();
+    void toolbar_enable_function();
+    void set_toolbar_buttons(bool all, std::initializer_list<int> exceptions, bool status_bar_enabled);
+    // The two menu routines: every visible menu item off or on.
+    void disable_menus();
+    void enable_menus();
+    // Unloads every function window.
+    void unload_form();
+
+    void Timer1_Timer();
+    comm_port& MSComm1() { return *port_; }
+    status_bar& sbStatusBar() { return *status_; }
+    QTimer& Timer1() { return *timer_; }
+    frmPortSet& port_dialog();
+    QAction* toolbar_button(int index) const { return buttons_[static_cast<std::size_t>(index)]; }
+    QAction* menu_action(const QString& name) const;
+    QMdiArea* client_area() const { return client_; }
+    bool scan_locked() const { return scan_locked_; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void build_menus();
+    void build_toolbar();
+    void connect_link();
+    void set_scan_lock(bool locked);
+    void mnuHelpAbout_Click();
+    void restore_position();
+
+    std::unique_ptr<comm_port> port_;
+    status_bar* status_ = nullptr;
+    QTimer* timer_ = nullptr;
+    QToolBar* toolbar_ = nullptr;
+    QMdiArea* client_ = nullptr;
+    std::array<QAction*, 17> buttons_{}; // 1..16, the separators 5 and 14 included
+    QList<QMenu*> menus_;
+    frmPortSet* port_set_ = nullptr;
+    bool scan_locked_ = false;
+};
+
+} // namespace lumora

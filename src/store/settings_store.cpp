@@ -1,0 +1,110 @@
+#include "settings_store.h"
+
+#include "database.h"
+#include "link/link_context.h"
+#include "link/shared_state.h"
+#include "platform/numeric_text.h"
+
+namespace lumora {
+namespace {
+
+void busy(bool on) {
+    if (link_ctx.hooks.busy_cursor) link_ctx.hooks.busy_cursor(on);
+}
+
+} // namespace
+
+void load_settings() {
+    record_set rs = db_query(QStringLiteral("SELECT ParaValue,ParaName FROM system  where ParaName NOT like 'BL%' "));
+    if (rs.RecordCount() < 1) {
+        db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                   {QStringLiteral("Default WL"), QStringLiteral("500")});
+    } else {
+        for (; !rs.EOF_(); rs.MoveNext()) {
+            const QString name = rs.Fields(1);
+            const QString value = rs.Fields(0);
+            if (name == QLatin1String("Default WL")) {
+                const double wl = val(value.toStdString());
+                if (wl >= 330 && wl <= 1100) {
+                    shared.default_lambda = wl;
+                } else {
+                    shared.default_lambda = 500;
+                    db_execute(QStringLiteral("update system set ParaValue=? where ParaName=? "),
+                               {QStringLiteral("500"), QStringLiteral("Default WL")});
+                }
+            } else if (name == QLatin1String("Corporation Name")) {
+                shared.corporation_name = value;
+            } else if (name == QLatin1String("Product Name")) {
+                shared.product_name = value;
+            } else if (name == QLatin1String("Software Name")) {
+                shared.software_name = value;
+            } else if (name == QLatin1String("ComPort")) {
+                const double port = val(value.toStdString());
+                shared.com_port = fits_int16(port) ? static_cast<std::int16_t>(cint(port)) : 0;
+            }
+        }
+    }
+    load_baseline();
+    apply_start_defaults();
+    for (const auto& defaults : link_ctx.hooks.start_defaults)
+        if (defaults) defaults();
+}
+
+void load_baseline() {
+    try {
+        record_set rs = db_query(QStringLiteral("SELECT ParaValue,ParaName FROM system where ParaName like 'BL%' order by paraname"));
+        if (rs.RecordCount() < 1) {
+            shared.baseline_missing = true;
+            return;
+        }
+        std::size_t i = 0;
+        for (; !rs.EOF_() && i < static_cast<std::size_t>(wavelength_points); rs.MoveNext(), ++i) {
+            const double v = val(rs.Fields(0).toStdString());
+            shared.baseline_curves[i][0] = v;
+            shared.reference_intensity[i] = v;
+        }
+        shared.baseline_missing = false;
+    } catch (const db_error&) {
+        // A failing statement ends the load; what was read stands.
+    }
+}
+
+void save_baseline() {
+    set_panel(6, QStringLiteral("Saving baseline..."));
+    busy(true);
+    try {
+        db_transaction([] {
+            db_execute(QStringLiteral("DELETE from system WHERE ParaName LIKE 'BL%' "));
+            int tenths = 0;
+            for (int i = 0; i < wavelength_points; ++i) {
+                db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                           {QStringLiteral("BL") + QString::fromStdString(format_number(i, "000")),
+                            QString::number(shared.baseline_curves[static_cast<std::size_t>(i)][0], 'g', 15)});
+                if (i % 79 == 0) {
+                    ++tenths;
+                    // Eleven steps, the last one "110% done...": that is the text users know.
+                    set_panel(6, QStringLiteral("Saving baseline %1% done...").arg(10 * tenths));
+                }
+            }
+        });
+    } catch (const db_error&) {
+        // Nothing was written (the transaction is rolled back); the hourglass stays as the fault left it.
+        return;
+    }
+    shared.baseline_missing = false;
+    busy(false);
+    set_panel(6, QStringLiteral("Baseline saved..."));
+}
+
+void save_com_port() {
+    try {
+        db_transaction([] {
+            db_execute(QStringLiteral("DELETE from system WHERE ParaName =? "), {QStringLiteral("ComPort")});
+            db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                       {QStringLiteral("ComPort"), QString::number(shared.com_port)});
+        });
+    } catch (const db_error&) {
+    }
+}
+
+} // namespace lumora
