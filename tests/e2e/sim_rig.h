@@ -1,0 +1,142 @@
+#pragma once
+// The whole program against the simulator library on one virtual clock: the main window's port
+// runs over an in-memory pipe into lumora::sim::Instrument, each reply is delivered at its time,
+// and Timer1 ticks every 50 ms of virtual time. Deterministic and fast; no event loop runs.
+#include "app/frmMain.h"
+#include "link/link_context.h"
+#include "link/shared_state.h"
+#include "platform/comm_port.h"
+#include "platform/status_bar.h"
+#include "sim/instrument.h"
+#include "store/database.h"
+#include "store/settings_store.h"
+
+#include <QTemporaryDir>
+#include <QTimer>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace lumora::test {
+
+struct panel_write {
+    int panel;
+    QString text;
+};
+
+class sim_rig {
+public:
+    explicit sim_rig(sim::Options options = {}, const QString& data_dir = {}) : instrument(options) {
+        if (data_dir.isEmpty()) {
+            dir_ = std::make_unique<QTemporaryDir>();
+            data_folder_ = dir_->path();
+        } else {
+            data_folder_ = data_dir;
+        }
+        start_program();
+    }
+    ~sim_rig() {
+        window.reset();
+        db_close();
+    }
+
+    // Program start as main() runs it, minus the splash: store, settings, main window, port dialog.
+    void start_program() {
+        window.reset();
+        reset_shared_state();
+        db_open_file(data_folder_ + "/Lumora.db", true);
+        load_settings();
+        auto backend = std::make_unique<memory_backend>();
+        pipe = backend.get();
+        pipe->on_written = [this](const QByteArray& b) {
+            instrument.receive(reinterpret_cast<const std::uint8_t*>(b.constData()), static_cast<std::size_t>(b.size()));
+        };
+        window = std::make_unique<frmMain>(std::move(backend));
+        QObject::connect(&window->sbStatusBar(), &status_bar::panel_written,
+                         [this](int n, const QString& t) { writes.push_back({n, t}); });
+        // Timer1 restarts when the port opens: its first tick comes a full interval later.
+        auto start_timer = link_ctx.hooks.enable_timer;
+        link_ctx.hooks.enable_timer = [this, start_timer] {
+            start_timer();
+            next_tick_ = instrument.now() + 0.05;
+        };
+        window->Form_Load();
+        set_default_colors();
+        window->show_port_dialog();
+    }
+
+    // Runs virtual time forward, delivering replies and ticking Timer1 while it is enabled.
+    void run_for(double seconds) {
+        const double end = instrument.now() + seconds;
+        for (;;) {
+            const double reply_at = instrument.next_emission_time();
+            const bool ticking = window->Timer1().isActive();
+            if (!ticking) next_tick_ = std::max(next_tick_, instrument.now() + 0.05);
+            const double tick_at = ticking ? next_tick_ : std::numeric_limits<double>::infinity();
+            const double next = std::min(reply_at, tick_at);
+            if (next > end) {
+                instrument.advance_to(end);
+                return;
+            }
+            if (reply_at <= tick_at) {
+                for (const auto& e : instrument.advance_to(reply_at))
+                    pipe->inject(QByteArray(reinterpret_cast<const char*>(e.bytes.data()),
+                                            static_cast<qsizetype>(e.bytes.size())));
+            } else {
+                instrument.advance_to(tick_at);
+                window->Timer1_Timer();
+                next_tick_ = tick_at + 0.05;
+            }
+        }
+    }
+
+    // Runs until `done` holds, in steps of 50 ms; false when `limit` seconds pass first.
+    template <class F> bool run_until(F&& done, double limit) {
+        for (double t = 0; t < limit; t += 0.05) {
+            if (done()) return true;
+            run_for(0.05);
+        }
+        return done();
+    }
+
+    // Commands the instrument received, as their first bytes, pings left out.
+    std::vector<int> commands_received() const {
+        std::vector<int> out;
+        for (const auto& e : instrument.received_log())
+            for (std::size_t i = 0; i < e.bytes.size(); ++i) {
+                const int code = e.bytes[i];
+                if (code == 120) continue;
+                out.push_back(code);
+                if (code == 6 || code == 7) i += 2;
+                if (code == 10 || code == 11) i += 4;
+            }
+        return out;
+    }
+    int pings_received() const {
+        int n = 0;
+        for (const auto& e : instrument.received_log())
+            for (auto b : e.bytes) n += b == 120;
+        return n;
+    }
+    // Index of the first write of `text` to `panel` at or after `from`, or -1.
+    int find_write(int panel, const QString& text, int from = 0) const {
+        for (int i = from; i < static_cast<int>(writes.size()); ++i)
+            if (writes[static_cast<std::size_t>(i)].panel == panel && writes[static_cast<std::size_t>(i)].text == text)
+                return i;
+        return -1;
+    }
+    QString panel(int n) const { return window->sbStatusBar().text(n); }
+    const QString& data_folder() const { return data_folder_; }
+
+    sim::Instrument instrument;
+    memory_backend* pipe = nullptr;
+    std::unique_ptr<frmMain> window;
+    std::vector<panel_write> writes;
+
+private:
+    std::unique_ptr<QTemporaryDir> dir_;
+    QString data_folder_;
+    double next_tick_ = 0.05;
+};
+
+} // namespace lumora::test
