@@ -16,7 +16,9 @@
 
 namespace lumora {
 
-QString version_text() { return QStringLiteral("Version ") + QStringLiteral(LUMORA_VERSION); }
+QString version_text() {
+    return QStringLiteral("Version ") + QStringLiteral(LUMORA_VERSION);
+}
 
 QPixmap program_picture(int size, qreal dpr) {
     QPixmap pm(static_cast<int>(size * dpr), static_cast<int>(size * dpr));
@@ -27,9 +29,10 @@ QPixmap program_picture(int size, qreal dpr) {
     const qreal s = size;
     // Light entering from the left, dispersed into a spectrum after the cuvette.
     QLinearGradient rainbow(0.55 * s, 0, 0.95 * s, 0);
-    const QColor stops[] = {QColor(120, 0, 200), QColor(0, 80, 255), QColor(0, 200, 80), QColor(255, 220, 0),
-                            QColor(255, 120, 0), QColor(220, 0, 0)};
-    for (int i = 0; i < 6; ++i) rainbow.setColorAt(i / 5.0, stops[i]);
+    const QColor stops[] = {QColor(120, 0, 200), QColor(0, 80, 255),  QColor(0, 200, 80),
+                            QColor(255, 220, 0), QColor(255, 120, 0), QColor(220, 0, 0)};
+    for (int i = 0; i < 6; ++i)
+        rainbow.setColorAt(i / 5.0, stops[i]);
     p.setPen(Qt::NoPen);
     p.setBrush(QColor(255, 250, 220));
     p.drawRect(QRectF(0.05 * s, 0.46 * s, 0.35 * s, 0.08 * s));
@@ -50,7 +53,8 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     auto* picture = new QLabel(this);
     picture->setObjectName(QStringLiteral("picIcon"));
     picture->setPixmap(program_picture(96, devicePixelRatioF()));
-    auto* title = new QLabel(shared.product_name.isEmpty() ? shared.software_name : shared.product_name, this);
+    auto* title =
+        new QLabel(shared.product_name.isEmpty() ? shared.software_name : shared.product_name, this);
     title->setObjectName(QStringLiteral("lblTitle"));
     QFont f = title->font();
     f.setPointSize(f.pointSize() + 3);

@@ -1,6 +1,7 @@
 #include "frmMain.h"
 
 #include "frmAbout.h"
+#include "functions/frmLambda.h"
 #include "link/command_ring.h"
 #include "link/frmPortSet.h"
 #include "link/link_context.h"
@@ -33,11 +34,13 @@ struct button_row {
 };
 
 constexpr button_row toolbar_rows[] = {
-    {1, "Setup", "Parameter setup"},      {2, "Zero", "Zero/Baseline"},       {3, "Read", "Data reading"},
-    {4, "Stop", "Stop data reading"},     {6, "Auto", "Auto zoom data"},      {7, "Zoom", "Zoom in/out data"},
-    {8, "Original", "Original data"},     {9, "Peak", "Peak/valley search"},  {10, "Smooth", "Data smoothing"},
-    {11, "Derivative", "Data derivative"}, {12, "Scan add", "+-* Scan"},      {13, "Color", "Color setup"},
-    {15, "Report", "Report preview"},     {16, "Print", "Report print"}};
+    {1, "Setup", "Parameter setup"},  {2, "Zero", "Zero/Baseline"},
+    {3, "Read", "Data reading"},      {4, "Stop", "Stop data reading"},
+    {6, "Auto", "Auto zoom data"},    {7, "Zoom", "Zoom in/out data"},
+    {8, "Original", "Original data"}, {9, "Peak", "Peak/valley search"},
+    {10, "Smooth", "Data smoothing"}, {11, "Derivative", "Data derivative"},
+    {12, "Scan add", "+-* Scan"},     {13, "Color", "Color setup"},
+    {15, "Report", "Report preview"}, {16, "Print", "Report print"}};
 
 // Runs a handler body; a run-time fault ends it there, as it ends a reply's handling.
 template <class F> void guarded(F&& body) {
@@ -148,11 +151,28 @@ void frmMain::build_toolbar() {
     }
 }
 
-QAction* frmMain::menu_action(const QString& name) const { return findChild<QAction*>(name); }
+QAction* frmMain::menu_action(const QString& name) const {
+    return findChild<QAction*>(name);
+}
 
 frmPortSet& frmMain::port_dialog() {
     if (!port_set_) port_set_ = new frmPortSet(this);
     return *port_set_;
+}
+
+frmLambda& frmMain::show_lambda_panel() {
+    if (!lambda_) {
+        lambda_ = new frmLambda(this);
+        lambda_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    lambda_->setWindowModality(Qt::WindowModal);
+    lambda_->show();
+    lambda_->raise();
+    return *lambda_;
+}
+
+frmLambda* frmMain::lambda_panel() const {
+    return lambda_;
 }
 
 void frmMain::connect_link() {
@@ -185,6 +205,7 @@ void frmMain::connect_link() {
     connect(timer_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
     connect(status_, &status_bar::panel_written, this, [](int n, const QString& t) { trace::panel(n, t); });
     connect(status_, &status_bar::panel_clicked, this, [this](int n) {
+        if (n == 3) show_lambda_panel();
         if (n == 5) {
             shared.reading_index = 0;
             show_port_dialog();
@@ -239,16 +260,19 @@ void frmMain::toolbar_enable_function() {
 }
 
 void frmMain::disable_menus() {
-    for (QMenu* m : menus_) m->menuAction()->setEnabled(false);
+    for (QMenu* m : menus_)
+        m->menuAction()->setEnabled(false);
 }
 
 void frmMain::enable_menus() {
-    for (QMenu* m : menus_) m->menuAction()->setEnabled(true);
+    for (QMenu* m : menus_)
+        m->menuAction()->setEnabled(true);
 }
 
 void frmMain::unload_form() {
-    // Function windows come with the functions; until then there is none to close.
-    for (QWidget* w : client_->subWindowList()) w->close();
+    if (lambda_) delete lambda_.data();
+    for (QWidget* w : client_->subWindowList())
+        w->close();
     toolbar_enable_function();
     status_->set_text(1, QString::fromStdString(format_number(shared.lambda_now, "###0nm")));
 }
@@ -274,7 +298,8 @@ void frmMain::restore_position() {
     const int top = app_settings::get(QStringLiteral("MainTop")).toInt(&ok[1]);
     const int width = app_settings::get(QStringLiteral("MainWidth")).toInt(&ok[2]);
     const int height = app_settings::get(QStringLiteral("MainHeight")).toInt(&ok[3]);
-    if (ok[0] && ok[1] && ok[2] && ok[3] && width > 200 && height > 150) setGeometry(left, top, width, height);
+    if (ok[0] && ok[1] && ok[2] && ok[3] && width > 200 && height > 150)
+        setGeometry(left, top, width, height);
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {

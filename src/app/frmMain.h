@@ -2,6 +2,7 @@
 // The main window: menus, the 16-button toolbar, the six-panel status bar, the transmit tick
 // Timer1 and the serial port. Its client area holds at most one function window.
 #include <QMainWindow>
+#include <QPointer>
 #include <QString>
 #include <array>
 #include <memory>
@@ -16,6 +17,7 @@ namespace lumora {
 
 class comm_backend;
 class comm_port;
+class frmLambda;
 class frmPortSet;
 class status_bar;
 
@@ -46,6 +48,9 @@ public:
     status_bar& sbStatusBar() { return *status_; }
     QTimer& Timer1() { return *timer_; }
     frmPortSet& port_dialog();
+    // Opens the lambda panel modally over the main window.
+    frmLambda& show_lambda_panel();
+    frmLambda* lambda_panel() const;
     QAction* toolbar_button(int index) const { return buttons_[static_cast<std::size_t>(index)]; }
     QAction* menu_action(const QString& name) const;
     QMdiArea* client_area() const { return client_; }
@@ -70,6 +75,7 @@ private:
     std::array<QAction*, 17> buttons_{}; // 1..16, the separators 5 and 14 included
     QList<QMenu*> menus_;
     frmPortSet* port_set_ = nullptr;
+    QPointer<frmLambda> lambda_;
     bool scan_locked_ = false;
 };
 

@@ -10,7 +10,8 @@ namespace lumora {
 frmSplash::frmSplash(QWidget* parent) : QWidget(parent, Qt::SplashScreen | Qt::FramelessWindowHint) {
     setObjectName(QStringLiteral("frmSplash"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setStyleSheet(QStringLiteral("frmSplash, QWidget#frmSplash { background: #10223a; } QLabel { color: white; }"));
+    setStyleSheet(
+        QStringLiteral("frmSplash, QWidget#frmSplash { background: #10223a; } QLabel { color: white; }"));
     auto* picture = new QLabel(this);
     picture->setPixmap(program_picture(160, devicePixelRatioF()));
     picture->setAlignment(Qt::AlignCenter);

@@ -16,7 +16,9 @@ void port_write(const std::uint8_t* bytes, std::size_t n) {
     link_ctx.port->Output(QByteArray(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(n)));
 }
 
-bool port_open() { return link_ctx.port != nullptr && link_ctx.port->PortOpen(); }
+bool port_open() {
+    return link_ctx.port != nullptr && link_ctx.port->PortOpen();
+}
 
 struct command_row {
     std::int16_t threshold;
@@ -26,21 +28,30 @@ struct command_row {
 // Threshold for the first reply and status at queue time, by code; threshold 0 = not a command.
 command_row row_of(std::uint8_t code) {
     switch (code) {
-    case cmd_ping: return {6, nullptr};
-    case cmd_connect: return {1, "Connecting..."};
-    case cmd_read_error_data: return {7, "Receiving error data..."};
-    case cmd_search_zero: return {1, "Zero searching..."};
-    case cmd_read_dark: return {1, "Receiving dark voltage..."};
-    case cmd_scan_bandwidth: return {1, "Measuring bandwidth..."};
-    case cmd_read_gain: return {6, nullptr};
+    case cmd_ping:
+        return {6, nullptr};
+    case cmd_connect:
+        return {1, "Connecting..."};
+    case cmd_read_error_data:
+        return {7, "Receiving error data..."};
+    case cmd_search_zero:
+        return {1, "Zero searching..."};
+    case cmd_read_dark:
+        return {1, "Receiving dark voltage..."};
+    case cmd_scan_bandwidth:
+        return {1, "Measuring bandwidth..."};
+    case cmd_read_gain:
+        return {6, nullptr};
     case cmd_scan_baseline:
     case cmd_goto_lambda:
     case cmd_read_lambda:
     case cmd_zero_here:
     case cmd_spare_9:
     case cmd_scan_baseline_range:
-    case cmd_scan_sample: return {1, nullptr};
-    default: return {0, nullptr};
+    case cmd_scan_sample:
+        return {1, nullptr};
+    default:
+        return {0, nullptr};
     }
 }
 
@@ -74,7 +85,9 @@ void advance_head() {
 
 } // namespace
 
-const char* queue_status_text(std::uint8_t code) { return row_of(code).status; }
+const char* queue_status_text(std::uint8_t code) {
+    return row_of(code).status;
+}
 
 void send_message(std::uint8_t code) {
     shared.last_command = code;

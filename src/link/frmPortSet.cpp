@@ -39,7 +39,8 @@ frmPortSet::frmPortSet(QWidget* parent) : QDialog(parent) {
     check1_ = new QCheckBox(QStringLiteral("Scan baseline at the start"), this);
     check1_->setObjectName(QStringLiteral("Check1"));
     auto* label = new QLabel(
-        QStringLiteral("Please turn off other application programs before proceeding com port setting."), this);
+        QStringLiteral("Please turn off other application programs before proceeding com port setting."),
+        this);
     label->setObjectName(QStringLiteral("Label1"));
     label->setWordWrap(true);
 
@@ -77,7 +78,8 @@ void frmPortSet::Form_Activate() {
     const int index = shared.com_port < 1 || shared.com_port > 4 ? 0 : shared.com_port - 1;
     options_[index]->setChecked(true);
     if (shared.com_port < 1) Option1_Click(0);
-    for (int i = 0; i < 4; ++i) options_[i]->setToolTip(com_device_path(i + 1));
+    for (int i = 0; i < 4; ++i)
+        options_[i]->setToolTip(com_device_path(i + 1));
     if (!shared.baseline_missing) {
         check1_->setChecked(false);
         check1_->setEnabled(true);
@@ -88,7 +90,9 @@ void frmPortSet::Form_Activate() {
     open_->setFocus();
 }
 
-void frmPortSet::Option1_Click(int index) { shared.com_port = static_cast<std::int16_t>(index + 1); }
+void frmPortSet::Option1_Click(int index) {
+    shared.com_port = static_cast<std::int16_t>(index + 1);
+}
 
 void frmPortSet::cmdPortOpen_Click() {
     comm_port* port = link_ctx.port;
@@ -131,6 +135,8 @@ void frmPortSet::cmdCancel_Click() {
     if (link_ctx.hooks.enable_menus) link_ctx.hooks.enable_menus(true);
 }
 
-bool frmPortSet::scan_baseline_at_start() const { return check1_->isChecked(); }
+bool frmPortSet::scan_baseline_at_start() const {
+    return check1_->isChecked();
+}
 
 } // namespace lumora

@@ -16,12 +16,12 @@ struct link_hooks {
     // Main window
     std::function<void(int panel, const QString& text)> set_panel;
     std::function<QString(int panel)> panel_text;
-    std::function<void(bool enabled)> enable_menus;     // menus and the status bar
-    std::function<void(bool locked)> scan_lock;          // keeps the user away during a scan
-    std::function<bool()> scan_baseline_at_start;        // "Scan baseline at the start" ticked
+    std::function<void(bool enabled)> enable_menus; // menus and the status bar
+    std::function<void(bool locked)> scan_lock;     // keeps the user away during a scan
+    std::function<bool()> scan_baseline_at_start;   // "Scan baseline at the start" ticked
     std::function<void()> toolbar_disable_function;
-    std::function<void()> enable_timer;                  // Timer1 on
-    std::function<void(bool busy)> busy_cursor;          // the main window's hourglass
+    std::function<void()> enable_timer;         // Timer1 on
+    std::function<void(bool busy)> busy_cursor; // the main window's hourglass
     // Defaults of the functions' parameter records, run at the end of the settings load
     std::vector<std::function<void()>> start_defaults;
     // Store

@@ -14,7 +14,8 @@ std::int32_t get_dark() {
 
 std::int32_t get_now_data() {
     double sum = 0;
-    for (double r : shared.readings) sum += r;
+    for (double r : shared.readings)
+        sum += r;
     return fix(sum / 10.0);
 }
 
@@ -43,9 +44,11 @@ bool show_now_abs(std::int32_t intensity) {
     return true;
 }
 
-std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t, float factor) {
+std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                         float factor) {
     switch (show_mode) {
-    case 0: return format_number(abs, four_digits ? "#0.0000" : "#0.000") + "A";
+    case 0:
+        return format_number(abs, four_digits ? "#0.0000" : "#0.000") + "A";
     case 1: {
         const char* pattern;
         if (percent_t < 1)
@@ -61,7 +64,8 @@ std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, 
         const double shown = val(format_number(abs, four_digits ? "0.0000" : "0.000"));
         return format_number(static_cast<double>(factor) * shown, four_digits ? "#0.0000" : "#0.000") + "C";
     }
-    default: return {};
+    default:
+        return {};
     }
 }
 

@@ -22,6 +22,7 @@ std::int32_t get_now_data();
 // the arrays.
 bool show_now_abs(std::int32_t intensity);
 // The text of the live reading for the lambda panel's mode and digits: "0.000A", "100.0%T", "0.308C".
-std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t, float factor);
+std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                         float factor);
 
 } // namespace lumora

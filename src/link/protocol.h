@@ -10,15 +10,36 @@
 namespace lumora {
 
 enum command_code : std::uint8_t {
-    cmd_connect = 1, cmd_read_error_data = 2, cmd_search_zero = 3, cmd_read_dark = 4, cmd_scan_baseline = 5,
-    cmd_goto_lambda = 6, cmd_read_lambda = 7, cmd_zero_here = 8, cmd_spare_9 = 9, cmd_scan_baseline_range = 10,
-    cmd_scan_sample = 11, cmd_scan_bandwidth = 12, cmd_read_gain = 13, cmd_ping = 120
+    cmd_connect = 1,
+    cmd_read_error_data = 2,
+    cmd_search_zero = 3,
+    cmd_read_dark = 4,
+    cmd_scan_baseline = 5,
+    cmd_goto_lambda = 6,
+    cmd_read_lambda = 7,
+    cmd_zero_here = 8,
+    cmd_spare_9 = 9,
+    cmd_scan_baseline_range = 10,
+    cmd_scan_sample = 11,
+    cmd_scan_bandwidth = 12,
+    cmd_read_gain = 13,
+    cmd_ping = 120
 };
 
 enum reply_code : std::uint8_t {
-    rsp_gain = 13, rsp_zero_found = 17, rsp_zero_failed = 34, rsp_arrived = 51, rsp_intensity = 68,
-    rsp_dark_value = 85, rsp_baseline_point = 102, rsp_lambda_now = 119, rsp_ping = 120, rsp_scan_end = 121,
-    rsp_sample_point = 136, rsp_read_begin = 187, rsp_bandwidth_point = 204
+    rsp_gain = 13,
+    rsp_zero_found = 17,
+    rsp_zero_failed = 34,
+    rsp_arrived = 51,
+    rsp_intensity = 68,
+    rsp_dark_value = 85,
+    rsp_baseline_point = 102,
+    rsp_lambda_now = 119,
+    rsp_ping = 120,
+    rsp_scan_end = 121,
+    rsp_sample_point = 136,
+    rsp_read_begin = 187,
+    rsp_bandwidth_point = 204
 };
 
 // The (hi, lo) pair of a wavelength: hi the integer part of x / 256, lo x rounded (halves to even)

@@ -26,7 +26,9 @@ void increment16(std::int16_t& counter) {
     ++counter;
 }
 
-void raise_scan_lock() { call(link_ctx.hooks.scan_lock, true); }
+void raise_scan_lock() {
+    call(link_ctx.hooks.scan_lock, true);
+}
 
 void heartbeat() {
     if (!shared.zero_pending) {
@@ -82,7 +84,8 @@ void intensity_frame(std::int32_t value) {
             call(h.system_check_light_level, get_now_data());
         }
         break;
-    default: break; // Spectrum ignores the stream; other values route nowhere
+    default:
+        break; // Spectrum ignores the stream; other values route nowhere
     }
     if (shared.reading_index >= 10) shared.reading_index = 0;
 }
@@ -91,10 +94,12 @@ void gain_reply(const std::uint8_t* b, std::size_t size) {
     for (int i = 0; i < 5; ++i) {
         const std::int32_t index = bytes_to_long(i + 1, 1, b, size);
         if (index >= 4) return; // an impossible gain stalls the start-up, with no text
-        shared.dark_by_band[static_cast<std::size_t>(i)] = shared.dark_by_gain[static_cast<std::size_t>(index)];
+        shared.dark_by_band[static_cast<std::size_t>(i)] =
+            shared.dark_by_gain[static_cast<std::size_t>(index)];
     }
     set_panel(6, QStringLiteral("Read gain OK"));
-    const bool scan_baseline = link_ctx.hooks.scan_baseline_at_start && link_ctx.hooks.scan_baseline_at_start();
+    const bool scan_baseline =
+        link_ctx.hooks.scan_baseline_at_start && link_ctx.hooks.scan_baseline_at_start();
     if (shared.function_id == fid_startup) {
         if (scan_baseline)
             send_message(cmd_scan_baseline);
@@ -147,16 +152,18 @@ void zero_failed() {
     set_panel(6, QStringLiteral("Zero searching failed!"));
     if (shared.function_id == fid_system) {
         shared.zero_failed = true;
-        prompts::message_box(QStringLiteral("Zero searching failed, please check light source or sample compartment, "
-                                            "then repeat this procedure again."),
-                             box_icon::critical, QStringLiteral("Warning"));
+        prompts::message_box(
+            QStringLiteral("Zero searching failed, please check light source or sample compartment, "
+                           "then repeat this procedure again."),
+            box_icon::critical, QStringLiteral("Warning"));
         call(link_ctx.hooks.system_enable_zero_search);
     }
     if (shared.function_id == fid_startup) {
-        prompts::message_box(QStringLiteral("Zero searching failed, please check light source or sample compartment, "
-                                            "then execute ") +
-                                 shared.software_name + QStringLiteral(" again."),
-                             box_icon::critical, QStringLiteral("Warning"));
+        prompts::message_box(
+            QStringLiteral("Zero searching failed, please check light source or sample compartment, "
+                           "then execute ") +
+                shared.software_name + QStringLiteral(" again."),
+            box_icon::critical, QStringLiteral("Warning"));
     }
 }
 
@@ -164,8 +171,12 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
     const auto value = [&] { return bytes_to_long(1, 3, b, size); };
     const auto& h = link_ctx.hooks;
     switch (b[0]) {
-    case rsp_ping: shared.link_ready = true; break;
-    case rsp_scan_end: scan_end(); break;
+    case rsp_ping:
+        shared.link_ready = true;
+        break;
+    case rsp_scan_end:
+        scan_end();
+        break;
     case cmd_connect:
         set_panel(4, QStringLiteral("On-line"));
         set_panel(6, QStringLiteral("OK"));
@@ -176,7 +187,9 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         set_panel(6, QStringLiteral("OK"));
         if (shared.function_id == fid_startup) send_message(cmd_read_dark);
         break;
-    case cmd_search_zero: set_panel(6, QStringLiteral("Zero searching...")); break;
+    case cmd_search_zero:
+        set_panel(6, QStringLiteral("Zero searching..."));
+        break;
     case cmd_read_dark:
         set_threshold(6);
         shared.dark_count = 0;
@@ -191,7 +204,9 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
     case cmd_goto_lambda:
     case cmd_read_lambda:
     case cmd_zero_here:
-    case cmd_spare_9: set_threshold(6); break;
+    case cmd_spare_9:
+        set_threshold(6);
+        break;
     case cmd_scan_baseline_range: {
         shared.dark_count = 0;
         const std::int32_t start = cint(shared.scan_start_lambda) - 320;
@@ -203,7 +218,8 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         break;
     }
     case cmd_scan_sample: {
-        const double start_nm = h.spectrum_start_lambda ? h.spectrum_start_lambda() : shared.scan_start_lambda;
+        const double start_nm =
+            h.spectrum_start_lambda ? h.spectrum_start_lambda() : shared.scan_start_lambda;
         const std::int32_t start = cint(start_nm) - 320;
         if (start < INT16_MIN || start > INT16_MAX) throw run_fault{"overflow"};
         shared.sample_count = static_cast<std::int16_t>(start);
@@ -216,8 +232,12 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         set_threshold(6);
         raise_scan_lock();
         break;
-    case rsp_gain: gain_reply(b, size); break;
-    case rsp_baseline_point: baseline_point(value()); break;
+    case rsp_gain:
+        gain_reply(b, size);
+        break;
+    case rsp_baseline_point:
+        baseline_point(value());
+        break;
     case rsp_sample_point:
         call(h.spectrum_show_data, value());
         increment16(shared.sample_count);
@@ -237,7 +257,8 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         if (shared.function_id == fid_photometry) set_panel(6, QStringLiteral("Reading..."));
         if (shared.function_id == fid_spectrum && shared.measure_mode != mm_lambda_panel) {
             const bool sample = h.spectrum_in_sample_pass && h.spectrum_in_sample_pass();
-            set_panel(6, sample ? QStringLiteral("Sample scanning...") : QStringLiteral("Baseline scanning..."));
+            set_panel(6,
+                      sample ? QStringLiteral("Sample scanning...") : QStringLiteral("Baseline scanning..."));
         }
         break;
     case rsp_arrived: {
@@ -256,9 +277,15 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         }
         if (shared.function_id == fid_startup) send_message(cmd_read_error_data);
         break;
-    case rsp_zero_failed: zero_failed(); break;
-    case rsp_intensity: intensity_frame(value()); break;
-    case rsp_dark_value: dark_value(value()); break;
+    case rsp_zero_failed:
+        zero_failed();
+        break;
+    case rsp_intensity:
+        intensity_frame(value());
+        break;
+    case rsp_dark_value:
+        dark_value(value());
+        break;
     default:
         if (shared.unknown_reply_count < INT32_MAX) ++shared.unknown_reply_count;
         break;
@@ -287,15 +314,19 @@ void on_comm_event() {
         recv_message(data, static_cast<std::size_t>(bytes.size()));
         break;
     }
-    case comm_port::comEventRxOver: port->Input(); break;
-    default: break;
+    case comm_port::comEventRxOver:
+        port->Input();
+        break;
+    default:
+        break;
     }
 }
 
 void lambda_show_data(std::int32_t intensity) {
     if (show_now_abs(intensity))
         set_panel(2, QString::fromStdString(reading_text(shared.lambda_show_mode, shared.lambda_four_digits,
-                                                         shared.now_abs, shared.now_percent_t, shared.conc_factor)));
+                                                         shared.now_abs, shared.now_percent_t,
+                                                         shared.conc_factor)));
 }
 
 void startup_finish() {

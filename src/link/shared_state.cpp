@@ -4,7 +4,9 @@ namespace lumora {
 
 shared_state shared;
 
-void reset_shared_state() { shared = shared_state{}; }
+void reset_shared_state() {
+    shared = shared_state{};
+}
 
 void apply_start_defaults() {
     shared.lambda_now = shared.default_lambda;
@@ -18,11 +20,13 @@ void apply_start_defaults() {
 }
 
 void set_default_colors() {
-    static constexpr rgb defaults[20] = {
-        {255, 0, 0},   {0, 0, 255},   {0, 255, 0},   {128, 0, 255}, {0, 128, 128}, {255, 0, 255}, {0, 192, 192},
-        {192, 0, 192}, {0, 0, 192},   {255, 128, 0}, {0, 0, 128},   {0, 192, 0},   {255, 192, 0}, {0, 128, 0},
-        {192, 0, 0},   {128, 128, 0}, {255, 0, 128}, {128, 0, 0},   {0, 255, 255}, {128, 0, 128}};
-    for (int i = 0; i < 20; ++i) shared.curve_colors[static_cast<std::size_t>(i)] = defaults[i];
+    static constexpr rgb defaults[20] = {{255, 0, 0},   {0, 0, 255},   {0, 255, 0},   {128, 0, 255},
+                                         {0, 128, 128}, {255, 0, 255}, {0, 192, 192}, {192, 0, 192},
+                                         {0, 0, 192},   {255, 128, 0}, {0, 0, 128},   {0, 192, 0},
+                                         {255, 192, 0}, {0, 128, 0},   {192, 0, 0},   {128, 128, 0},
+                                         {255, 0, 128}, {128, 0, 0},   {0, 255, 255}, {128, 0, 128}};
+    for (int i = 0; i < 20; ++i)
+        shared.curve_colors[static_cast<std::size_t>(i)] = defaults[i];
 }
 
 } // namespace lumora

@@ -10,21 +10,37 @@ namespace lumora {
 
 constexpr int wavelength_points = 791; // one per nm, 320..1110 nm: index = nm - 320
 constexpr int first_index_nm = 320;
-constexpr int curve_columns = 21;      // baseline_curves: column 0 the baseline, 1..20 Spectrum's curves
+constexpr int curve_columns = 21; // baseline_curves: column 0 the baseline, 1..20 Spectrum's curves
 constexpr int ring_slots = 1000;
 constexpr double frame_seconds = 0.05053; // the instrument's intensity frame clock
 
 // function_id values
 enum function_ids : std::int16_t {
-    fid_none_at_start = 0, fid_photometry = 1, fid_spectrum = 2, fid_timescan = 3, fid_kinetic = 4,
-    fid_quantitative = 5, fid_verify = 6, fid_no_function = 8, fid_system = 9, fid_protein = 11,
-    fid_timescan2 = 13, fid_startup = 24
+    fid_none_at_start = 0,
+    fid_photometry = 1,
+    fid_spectrum = 2,
+    fid_timescan = 3,
+    fid_kinetic = 4,
+    fid_quantitative = 5,
+    fid_verify = 6,
+    fid_no_function = 8,
+    fid_system = 9,
+    fid_protein = 11,
+    fid_timescan2 = 13,
+    fid_startup = 24
 };
 
 // measure_mode values: where intensity frames go
 enum measure_modes : std::int16_t {
-    mm_lambda_panel = 1, mm_photometry = 2, mm_timescan = 3, mm_kinetic = 4, mm_spectrum = 5,
-    mm_protein = 6, mm_quantitative = 7, mm_timescan2 = 8, mm_light_check = 9
+    mm_lambda_panel = 1,
+    mm_photometry = 2,
+    mm_timescan = 3,
+    mm_kinetic = 4,
+    mm_spectrum = 5,
+    mm_protein = 6,
+    mm_quantitative = 7,
+    mm_timescan2 = 8,
+    mm_light_check = 9
 };
 
 // One mailbox slot of the command ring. An empty payload (length 0) marks the slot free.
@@ -61,8 +77,8 @@ struct shared_state {
     std::int16_t ring_tail = 0;
     bool link_ready = false;
     std::int16_t ping_count = 0;
-    std::int16_t com_port = 0; // 1..4
-    std::uint8_t last_command = 0;  // recorded, never read
+    std::int16_t com_port = 0;       // 1..4
+    std::uint8_t last_command = 0;   // recorded, never read
     std::int16_t reply_hint_now = 0; // copied from the slot at transmit, never read
 
     // Photometric calibration [counts]

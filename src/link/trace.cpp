@@ -32,7 +32,8 @@ void write_line(const QByteArray& line) {
 
 void bytes_line(const char* key, const std::uint8_t* bytes, std::size_t n) {
     if (!enabled()) return;
-    const QByteArray hex = QByteArray(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(n)).toHex();
+    const QByteArray hex =
+        QByteArray(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(n)).toHex();
     write_line("{\"t\":" + seconds() + ",\"" + key + "\":\"" + hex + "\"}");
 }
 
@@ -53,17 +54,24 @@ void open(const QString& path) {
     if (!s.clock.isValid()) s.clock.start();
 }
 
-bool enabled() { return state().file != nullptr; }
+bool enabled() {
+    return state().file != nullptr;
+}
 
-void tx(const std::uint8_t* bytes, std::size_t n) { bytes_line("tx", bytes, n); }
-void rx(const std::uint8_t* bytes, std::size_t n) { bytes_line("rx", bytes, n); }
+void tx(const std::uint8_t* bytes, std::size_t n) {
+    bytes_line("tx", bytes, n);
+}
+void rx(const std::uint8_t* bytes, std::size_t n) {
+    bytes_line("rx", bytes, n);
+}
 
 void panel(int panel, const QString& text) {
     if (!enabled()) return;
     // The text goes through a JSON string encoder so quotes and backslashes stay valid JSON.
     const QByteArray quoted = QJsonDocument::fromVariant(QVariantList{text}).toJson(QJsonDocument::Compact);
     const QByteArray text_json = quoted.mid(1, quoted.size() - 2);
-    write_line("{\"t\":" + seconds() + ",\"panel\":" + QByteArray::number(panel) + ",\"text\":" + text_json + "}");
+    write_line("{\"t\":" + seconds() + ",\"panel\":" + QByteArray::number(panel) + ",\"text\":" + text_json +
+               "}");
 }
 
 } // namespace lumora::trace

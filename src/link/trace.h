@@ -2,7 +2,7 @@
 // The opt-in trace: with LUMORA_TRACE=<file> every byte buffer written to the port, every buffer
 // handed to the decoder and every status panel write is appended as one JSON object a line,
 // flushed at once, t in seconds since program start:
-//   {"t":1.250031,"tx":"0601f4"}  {"t":1.301200,"rx":"44005b8d0000"}  {"t":1.301250,"panel":2,"text":"0.000A"}
+//   {"t":1.250031,"tx":"0601f4"}  {"t":1.301200,"rx":"44005b8d0000"} {"t":1.301250,"panel":2,"text":"0.000A"}
 #include <QString>
 #include <cstddef>
 #include <cstdint>

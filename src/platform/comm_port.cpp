@@ -24,7 +24,9 @@ QString comm_port::setPortOpen(bool open) {
     return backend_->open(CommPort, Settings, RTSEnable);
 }
 
-bool comm_port::PortOpen() const { return backend_->is_open(); }
+bool comm_port::PortOpen() const {
+    return backend_->is_open();
+}
 
 QByteArray comm_port::Input() {
     in_input_ = true;

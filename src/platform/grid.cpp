@@ -12,8 +12,12 @@ grid::grid(QWidget* parent) : QTableWidget(parent) {
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
 }
 
-void grid::setRows(int rows) { setRowCount(rows < 0 ? 0 : rows); }
-void grid::setCols(int cols) { setColumnCount(cols < 0 ? 0 : cols); }
+void grid::setRows(int rows) {
+    setRowCount(rows < 0 ? 0 : rows);
+}
+void grid::setCols(int cols) {
+    setColumnCount(cols < 0 ? 0 : cols);
+}
 
 QString grid::TextMatrix(int row, int col) const {
     const QTableWidgetItem* it = item(row, col);
@@ -44,7 +48,8 @@ void grid::AddItem(const QString& line) {
     const int row = rowCount();
     setRowCount(row + 1);
     const QStringList cells = line.split(QLatin1Char('\t'));
-    for (int c = 0; c < cells.size() && c < columnCount(); ++c) setTextMatrix(row, c, cells[c]);
+    for (int c = 0; c < cells.size() && c < columnCount(); ++c)
+        setTextMatrix(row, c, cells[c]);
 }
 
 } // namespace lumora

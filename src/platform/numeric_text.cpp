@@ -9,7 +9,9 @@
 namespace lumora {
 namespace {
 
-bool is_digit_placeholder(char c) { return c == '0' || c == '#'; }
+bool is_digit_placeholder(char c) {
+    return c == '0' || c == '#';
+}
 
 // The decimal digits of |x| with the point after `int_digits` of them, rounded half away from
 // zero to `decimals` places. Works on the 15-significant-digit form so that binary noise such as
@@ -21,7 +23,8 @@ std::string rounded_digits(double x, int decimals, int& int_digits) {
     std::string mant;
     mant += buf[0];
     const char* p = buf + 2;
-    while (*p && *p != 'e') mant += *p++;
+    while (*p && *p != 'e')
+        mant += *p++;
     int exp10 = std::atoi(p + 1);
     if (x == 0.0) exp10 = 0;
     // Value = 0.mant * 10^(exp10 + 1); pad so that the integer part has at least one digit.
@@ -36,7 +39,8 @@ std::string rounded_digits(double x, int decimals, int& int_digits) {
     mant.resize(keep);
     if (round_up) {
         int i = static_cast<int>(keep) - 1;
-        while (i >= 0 && mant[static_cast<std::size_t>(i)] == '9') mant[static_cast<std::size_t>(i--)] = '0';
+        while (i >= 0 && mant[static_cast<std::size_t>(i)] == '9')
+            mant[static_cast<std::size_t>(i--)] = '0';
         if (i >= 0) {
             ++mant[static_cast<std::size_t>(i)];
         } else {
@@ -67,9 +71,11 @@ std::string format_number(double x, std::string_view pattern) {
 
     const std::size_t dot = number.find('.');
     const std::string_view int_pat = number.substr(0, dot);
-    const std::string_view dec_pat = dot == std::string_view::npos ? std::string_view{} : number.substr(dot + 1);
+    const std::string_view dec_pat =
+        dot == std::string_view::npos ? std::string_view{} : number.substr(dot + 1);
     int min_int = 0;
-    for (char c : int_pat) min_int += c == '0';
+    for (char c : int_pat)
+        min_int += c == '0';
     int decimals = 0, min_dec = 0;
     for (char c : dec_pat) {
         if (is_digit_placeholder(c)) ++decimals;
@@ -82,12 +88,14 @@ std::string format_number(double x, std::string_view pattern) {
     std::string dec_part = digits.substr(static_cast<std::size_t>(int_digits));
     // Strip insignificant leading zeros, keeping as many as the '0' placeholders ask for.
     std::size_t lead = 0;
-    while (lead < int_part.size() && int_part[lead] == '0') ++lead;
+    while (lead < int_part.size() && int_part[lead] == '0')
+        ++lead;
     int_part.erase(0, lead);
     if (static_cast<int>(int_part.size()) < min_int)
         int_part.insert(0, static_cast<std::size_t>(min_int) - int_part.size(), '0');
     // Trailing '#' decimals are dropped when they are zero.
-    while (static_cast<int>(dec_part.size()) > min_dec && dec_part.back() == '0') dec_part.pop_back();
+    while (static_cast<int>(dec_part.size()) > min_dec && dec_part.back() == '0')
+        dec_part.pop_back();
 
     const bool is_zero = digits.find_first_not_of('0') == std::string::npos;
     std::string out(prefix);
@@ -124,12 +132,14 @@ double val(std::string_view text) {
     }
     if (!any_digit) return 0.0;
     // An exponent counts only when digits follow it.
-    if (i + 1 < compact.size() && (compact[i] == 'e' || compact[i] == 'E' || compact[i] == 'd' || compact[i] == 'D')) {
+    if (i + 1 < compact.size() &&
+        (compact[i] == 'e' || compact[i] == 'E' || compact[i] == 'd' || compact[i] == 'D')) {
         std::size_t j = i + 1;
         std::string ex = "e";
         if (compact[j] == '+' || compact[j] == '-') ex += compact[j++];
         const std::size_t digits_from = j;
-        while (j < compact.size() && std::isdigit(static_cast<unsigned char>(compact[j]))) ex += compact[j++];
+        while (j < compact.size() && std::isdigit(static_cast<unsigned char>(compact[j])))
+            ex += compact[j++];
         if (j > digits_from) num += ex;
     }
     return std::strtod(num.c_str(), nullptr);

@@ -22,18 +22,24 @@ script_state& state() {
 
 QMessageBox::Icon qt_icon(box_icon icon) {
     switch (icon) {
-    case box_icon::critical: return QMessageBox::Critical;
-    case box_icon::question: return QMessageBox::Question;
-    case box_icon::exclamation: return QMessageBox::Warning;
-    case box_icon::information: return QMessageBox::Information;
-    case box_icon::none: break;
+    case box_icon::critical:
+        return QMessageBox::Critical;
+    case box_icon::question:
+        return QMessageBox::Question;
+    case box_icon::exclamation:
+        return QMessageBox::Warning;
+    case box_icon::information:
+        return QMessageBox::Information;
+    case box_icon::none:
+        break;
     }
     return QMessageBox::NoIcon;
 }
 
 } // namespace
 
-box_answer prompts::message_box(const QString& text, box_icon icon, const QString& title, box_buttons buttons) {
+box_answer prompts::message_box(const QString& text, box_icon icon, const QString& title,
+                                box_buttons buttons) {
     auto& s = state();
     if (s.active) {
         s.shown.push_back({title, text, icon, buttons, false, {}});
@@ -46,16 +52,26 @@ box_answer prompts::message_box(const QString& text, box_icon icon, const QStrin
     QMessageBox box(qt_icon(icon), title, text, QMessageBox::NoButton, s.parent);
     box.setObjectName(QStringLiteral("MsgBox"));
     switch (buttons) {
-    case box_buttons::ok: box.setStandardButtons(QMessageBox::Ok); break;
-    case box_buttons::ok_cancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
-    case box_buttons::yes_no: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
+    case box_buttons::ok:
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
+    case box_buttons::ok_cancel:
+        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+        break;
+    case box_buttons::yes_no:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        break;
     }
     // The one place where the program waits for the user's answer.
     switch (box.exec()) {
-    case QMessageBox::Cancel: return box_answer::cancel;
-    case QMessageBox::Yes: return box_answer::yes;
-    case QMessageBox::No: return box_answer::no;
-    default: return box_answer::ok;
+    case QMessageBox::Cancel:
+        return box_answer::cancel;
+    case QMessageBox::Yes:
+        return box_answer::yes;
+    case QMessageBox::No:
+        return box_answer::no;
+    default:
+        return box_answer::ok;
     }
 }
 
@@ -80,10 +96,20 @@ void prompts::script(std::deque<box_answer> answers, std::deque<QString> inputs)
     s.inputs = std::move(inputs);
 }
 
-void prompts::unscript() { state().active = false; }
-bool prompts::scripted() { return state().active; }
-const std::vector<shown_box>& prompts::shown() { return state().shown; }
-void prompts::clear_shown() { state().shown.clear(); }
-void prompts::set_parent(QWidget* parent) { state().parent = parent; }
+void prompts::unscript() {
+    state().active = false;
+}
+bool prompts::scripted() {
+    return state().active;
+}
+const std::vector<shown_box>& prompts::shown() {
+    return state().shown;
+}
+void prompts::clear_shown() {
+    state().shown.clear();
+}
+void prompts::set_parent(QWidget* parent) {
+    state().parent = parent;
+}
 
 } // namespace lumora

@@ -60,6 +60,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<comm_backend> make_serial_backend() { return std::make_unique<serial_backend>(); }
+std::unique_ptr<comm_backend> make_serial_backend() {
+    return std::make_unique<serial_backend>();
+}
 
 } // namespace lumora

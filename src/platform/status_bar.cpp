@@ -14,9 +14,12 @@ status_bar::status_bar(QWidget* parent) : QStatusBar(parent) {
     setObjectName(QStringLiteral("sbStatusBar"));
     setSizeGripEnabled(false);
     static const int stretch[panel_count] = {2, 3, 1, 2, 1, 4};
-    static const char* const tips[panel_count] = {
-        "Wavelength", "Reading", "Click to set the wavelength and the reading", "Instrument state",
-        "Click to set the com port", "Activity"};
+    static const char* const tips[panel_count] = {"Wavelength",
+                                                  "Reading",
+                                                  "Click to set the wavelength and the reading",
+                                                  "Instrument state",
+                                                  "Click to set the com port",
+                                                  "Activity"};
     for (int i = 0; i < panel_count; ++i) {
         auto* p = new status_panel(this);
         p->setObjectName(QStringLiteral("Panel%1").arg(i + 1));

@@ -15,7 +15,8 @@ void busy(bool on) {
 } // namespace
 
 void load_settings() {
-    record_set rs = db_query(QStringLiteral("SELECT ParaValue,ParaName FROM system  where ParaName NOT like 'BL%' "));
+    record_set rs =
+        db_query(QStringLiteral("SELECT ParaValue,ParaName FROM system  where ParaName NOT like 'BL%' "));
     if (rs.RecordCount() < 1) {
         db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
                    {QStringLiteral("Default WL"), QStringLiteral("500")});
@@ -52,7 +53,8 @@ void load_settings() {
 
 void load_baseline() {
     try {
-        record_set rs = db_query(QStringLiteral("SELECT ParaValue,ParaName FROM system where ParaName like 'BL%' order by paraname"));
+        record_set rs = db_query(QStringLiteral(
+            "SELECT ParaValue,ParaName FROM system where ParaName like 'BL%' order by paraname"));
         if (rs.RecordCount() < 1) {
             shared.baseline_missing = true;
             return;
@@ -77,9 +79,10 @@ void save_baseline() {
             db_execute(QStringLiteral("DELETE from system WHERE ParaName LIKE 'BL%' "));
             int tenths = 0;
             for (int i = 0; i < wavelength_points; ++i) {
-                db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
-                           {QStringLiteral("BL") + QString::fromStdString(format_number(i, "000")),
-                            QString::number(shared.baseline_curves[static_cast<std::size_t>(i)][0], 'g', 15)});
+                db_execute(
+                    QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                    {QStringLiteral("BL") + QString::fromStdString(format_number(i, "000")),
+                     QString::number(shared.baseline_curves[static_cast<std::size_t>(i)][0], 'g', 15)});
                 if (i % 79 == 0) {
                     ++tenths;
                     // Eleven steps, the last one "110% done...": that is the text users know.

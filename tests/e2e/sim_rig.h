@@ -49,11 +49,13 @@ public:
         auto backend = std::make_unique<memory_backend>();
         pipe = backend.get();
         pipe->on_written = [this](const QByteArray& b) {
-            instrument.receive(reinterpret_cast<const std::uint8_t*>(b.constData()), static_cast<std::size_t>(b.size()));
+            instrument.receive(reinterpret_cast<const std::uint8_t*>(b.constData()),
+                               static_cast<std::size_t>(b.size()));
         };
         window = std::make_unique<frmMain>(std::move(backend));
-        QObject::connect(&window->sbStatusBar(), &status_bar::panel_written,
-                         [this](int n, const QString& t) { writes.push_back({n, t}); });
+        QObject::connect(&window->sbStatusBar(), &status_bar::panel_written, [this](int n, const QString& t) {
+            writes.push_back({n, t});
+        });
         // Timer1 restarts when the port opens: its first tick comes a full interval later.
         auto start_timer = link_ctx.hooks.enable_timer;
         link_ctx.hooks.enable_timer = [this, start_timer] {
@@ -115,13 +117,15 @@ public:
     int pings_received() const {
         int n = 0;
         for (const auto& e : instrument.received_log())
-            for (auto b : e.bytes) n += b == 120;
+            for (auto b : e.bytes)
+                n += b == 120;
         return n;
     }
     // Index of the first write of `text` to `panel` at or after `from`, or -1.
     int find_write(int panel, const QString& text, int from = 0) const {
         for (int i = from; i < static_cast<int>(writes.size()); ++i)
-            if (writes[static_cast<std::size_t>(i)].panel == panel && writes[static_cast<std::size_t>(i)].text == text)
+            if (writes[static_cast<std::size_t>(i)].panel == panel &&
+                writes[static_cast<std::size_t>(i)].text == text)
                 return i;
         return -1;
     }

@@ -62,7 +62,8 @@ TEST(SerialPath, StartupOverARealPseudoTerminalReachesTheLiveReading) {
 
         const bool live = test::wait_until(
             [&] {
-                return shared.function_id == fid_no_function && window.sbStatusBar().text(6).startsWith("OK.") &&
+                return shared.function_id == fid_no_function &&
+                       window.sbStatusBar().text(6).startsWith("OK.") &&
                        window.sbStatusBar().text(2).endsWith('A');
             },
             60000);

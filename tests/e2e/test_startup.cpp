@@ -1,8 +1,8 @@
 // The instrument's start-up, the live reading and the store, with the whole program against the
 // simulator on a virtual clock.
+#include "link/command_ring.h"
 #include "link/frmPortSet.h"
 #include "link/link_context.h"
-#include "link/command_ring.h"
 #include "link/protocol.h"
 #include "platform/prompts.h"
 #include "sim_rig.h"
@@ -25,7 +25,8 @@ void press(QWidget& parent, const char* name) {
 }
 
 bool reading_is_live(const sim_rig& rig) {
-    return shared.function_id == fid_no_function && rig.panel(2).endsWith('A') && rig.panel(6).startsWith("OK.");
+    return shared.function_id == fid_no_function && rig.panel(2).endsWith('A') &&
+           rig.panel(6).startsWith("OK.");
 }
 
 } // namespace
@@ -46,12 +47,25 @@ TEST(Startup, FirstRunScansTheBaselineSavesItAndShowsTheLiveReading) {
 
     // The status bar told every step, in order.
     int at = 0;
-    for (const auto& [panel, text] : std::vector<std::pair<int, const char*>>{
-             {6, "Connecting..."}, {4, "On-line"}, {6, "Zero searching..."}, {6, "Zero found..."},
-             {6, "Receiving error data..."}, {6, "Receiving dark voltage..."}, {6, "Read gain OK"},
-             {6, "Baseline scanning..."}, {1, "330nm"}, {1, "1100nm"}, {6, "Saving baseline..."},
-             {6, "Saving baseline 10% done..."}, {6, "Saving baseline 110% done..."}, {6, "Baseline saved..."},
-             {6, "Running to preset position..."}, {1, "500nm"}, {2, "0.000A"}, {6, "OK."}}) {
+    for (const auto& [panel, text] :
+         std::vector<std::pair<int, const char*>>{{6, "Connecting..."},
+                                                  {4, "On-line"},
+                                                  {6, "Zero searching..."},
+                                                  {6, "Zero found..."},
+                                                  {6, "Receiving error data..."},
+                                                  {6, "Receiving dark voltage..."},
+                                                  {6, "Read gain OK"},
+                                                  {6, "Baseline scanning..."},
+                                                  {1, "330nm"},
+                                                  {1, "1100nm"},
+                                                  {6, "Saving baseline..."},
+                                                  {6, "Saving baseline 10% done..."},
+                                                  {6, "Saving baseline 110% done..."},
+                                                  {6, "Baseline saved..."},
+                                                  {6, "Running to preset position..."},
+                                                  {1, "500nm"},
+                                                  {2, "0.000A"},
+                                                  {6, "OK."}}) {
         const int found = rig.find_write(panel, QString::fromLatin1(text), at);
         ASSERT_GE(found, 0) << "panel " << panel << " \"" << text << "\" after write " << at;
         at = found;
@@ -67,11 +81,13 @@ TEST(Startup, FirstRunScansTheBaselineSavesItAndShowsTheLiveReading) {
     EXPECT_EQ(rig.panel(2), QStringLiteral("0.000A")) << "a go-to zeroes the reading on arrival";
 
     // The stored baseline is the scan, point for point, and the port was saved.
-    record_set bl = db_query("SELECT ParaValue,ParaName FROM system where ParaName like 'BL%' order by paraname");
+    record_set bl =
+        db_query("SELECT ParaValue,ParaName FROM system where ParaName like 'BL%' order by paraname");
     ASSERT_EQ(bl.RecordCount(), wavelength_points);
     for (int i = 0; !bl.EOF_(); bl.MoveNext(), ++i) {
         ASSERT_EQ(bl.Fields(1), QString("BL%1").arg(i, 3, 10, QChar('0')));
-        ASSERT_DOUBLE_EQ(bl.Fields(0).toDouble(), shared.baseline_curves[static_cast<std::size_t>(i)][0]) << i;
+        ASSERT_DOUBLE_EQ(bl.Fields(0).toDouble(), shared.baseline_curves[static_cast<std::size_t>(i)][0])
+            << i;
         ASSERT_GT(shared.baseline_curves[static_cast<std::size_t>(i)][0], 0.0) << i;
     }
     record_set port = db_query("SELECT ParaValue FROM system where ParaName='ComPort'");
@@ -100,7 +116,8 @@ TEST(Startup, SecondStartRestoresPortBaselineAndWavelengthAndMaySkipTheScan) {
     EXPECT_EQ(shared.default_lambda, 650.0);
     EXPECT_FALSE(shared.baseline_missing);
     for (int i = 0; i < wavelength_points; ++i)
-        ASSERT_DOUBLE_EQ(shared.reference_intensity[static_cast<std::size_t>(i)], first_baseline[static_cast<std::size_t>(i)]);
+        ASSERT_DOUBLE_EQ(shared.reference_intensity[static_cast<std::size_t>(i)],
+                         first_baseline[static_cast<std::size_t>(i)]);
     auto& dlg = rig.window->port_dialog();
     EXPECT_TRUE(dlg.Option1(2)->isChecked());
     EXPECT_FALSE(dlg.Check1()->isChecked());
@@ -156,9 +173,10 @@ TEST(StartupFaults, FailedZeroSearchWarnsAndStopsTheSequence) {
     ASSERT_EQ(prompts::shown().size(), 1u);
     EXPECT_EQ(prompts::shown()[0].title, QStringLiteral("Warning"));
     EXPECT_EQ(prompts::shown()[0].icon, box_icon::critical);
-    EXPECT_EQ(prompts::shown()[0].text,
-              QStringLiteral("Zero searching failed, please check light source or sample compartment, then execute "
-                             "Lumora again."));
+    EXPECT_EQ(
+        prompts::shown()[0].text,
+        QStringLiteral("Zero searching failed, please check light source or sample compartment, then execute "
+                       "Lumora again."));
     EXPECT_EQ(rig.panel(6), QStringLiteral("Zero searching failed!"));
     const std::vector<int> expected{1, 3};
     EXPECT_EQ(rig.commands_received(), expected) << "nothing is sent after the failure";

@@ -47,7 +47,8 @@ TEST(Grid, CellsActAsTheStoreOfResults) {
 TEST(StatusBar, SixNumberedPanelsReportWritesAndClicks) {
     status_bar bar;
     std::vector<std::pair<int, QString>> writes;
-    QObject::connect(&bar, &status_bar::panel_written, [&](int n, const QString& t) { writes.emplace_back(n, t); });
+    QObject::connect(&bar, &status_bar::panel_written,
+                     [&](int n, const QString& t) { writes.emplace_back(n, t); });
     bar.set_text(2, "0.000A");
     bar.set_text(6, "OK");
     bar.set_text(7, "nowhere");

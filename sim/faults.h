@@ -1,0 +1,22 @@
+// Fault switches that make the instrument misbehave the way real links and firmware do.
+#pragma once
+
+#include <string>
+
+namespace lumora::sim {
+
+struct Faults {
+    bool silent = false;       // nothing is answered, input is lost: a dead instrument or a pulled cable
+    bool zero_fail = false;    // the zero search reports failure
+    bool garbage = false;      // now and then a few random bytes between frames
+    bool short_frames = false; // scan and stream frames lose some of their bytes
+    unsigned drop_every = 0;   // every Nth scan or stream frame is lost; 0 for none
+
+    // Switches a fault by name: silent, zero_fail, garbage, short_frames, drop:N ("drop:N off" or any
+    // "drop:..." off ends dropping). Throws std::invalid_argument for anything else.
+    void set(const std::string& name, bool on);
+    // The faults that are on, comma separated, or "none".
+    std::string describe() const;
+};
+
+} // namespace lumora::sim

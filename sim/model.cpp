@@ -1,0 +1,36 @@
+#include "sim/model.h"
+
+#include "sim/wire.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace lumora::sim {
+
+Model::Model(std::uint64_t seed, double noise_counts, const std::string& sample)
+    : noise_counts_(noise_counts), rng_(seed) {
+    if (!(noise_counts >= 0.0) || !std::isfinite(noise_counts))
+        throw std::invalid_argument("noise must be zero or a positive number of counts");
+    compartment_.load(sample, 0.0);
+}
+
+std::uint32_t Model::measure(double mean_counts) {
+    double c = mean_counts;
+    if (noise_counts_ > 0.0) c += noise_counts_ * gauss_(rng_);
+    return static_cast<std::uint32_t>(std::clamp(std::round(c), 0.0, static_cast<double>(kMaxCount)));
+}
+
+std::uint32_t Model::sample_counts(double nm, double t) {
+    return measure(optics_.counts(nm, std::pow(10.0, -compartment_.absorbance(nm, t))));
+}
+
+std::uint32_t Model::line_counts(double nm) {
+    return measure(optics_.dark_at(nm) + line_.signal(nm));
+}
+
+std::uint32_t Model::dark_counts(int gain) {
+    return measure(optics_.dark(gain));
+}
+
+} // namespace lumora::sim
