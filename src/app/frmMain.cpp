@@ -2,6 +2,7 @@
 
 #include "frmAbout.h"
 #include "functions/frmLambda.h"
+#include "functions/function_window.h"
 #include "link/command_ring.h"
 #include "link/frmPortSet.h"
 #include "link/link_context.h"
@@ -15,6 +16,7 @@
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
 #include "store/settings_store.h"
+#include "toolbar_icons.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -55,6 +57,7 @@ template <class F> void guarded(F&& body) {
 frmMain::frmMain(std::unique_ptr<comm_backend> backend, QWidget* parent)
     : QMainWindow(parent), port_(std::make_unique<comm_port>(std::move(backend))) {
     setObjectName(QStringLiteral("frmMain"));
+    setWindowIcon(QIcon(program_picture(64, 2.0)));
     client_ = new QMdiArea(this);
     client_->setObjectName(QStringLiteral("mdiClient"));
     client_->setBackground(palette().dark());
@@ -102,10 +105,12 @@ void frmMain::build_menus() {
     add_item(file, "mnuFileSaveP", "Save parameter");
     add_item(file, "mnuFileSaveD", "Save data");
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar1"));
-    add_item(file, "mnuFileExport", "Data export to Excel");
+    connect(add_item(file, "mnuFileExport", "Data export to Excel"), &QAction::triggered, this,
+            &frmMain::mnuFileExport_Click);
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar2"));
-    add_item(file, "mnuFilePrintPreview", "Report preview");
-    add_item(file, "mnuFilePrint", "Print");
+    connect(add_item(file, "mnuFilePrintPreview", "Report preview"), &QAction::triggered, this,
+            &frmMain::mnuFilePrintPreview_Click);
+    connect(add_item(file, "mnuFilePrint", "Print"), &QAction::triggered, this, &frmMain::mnuFilePrint_Click);
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar4"));
     QAction* exit = add_item(file, "mnuFileExit", "Exit");
     connect(exit, &QAction::triggered, this, &QWidget::close);
@@ -115,17 +120,24 @@ void frmMain::build_menus() {
     connect(com, &QAction::triggered, this, &frmMain::show_port_dialog);
 
     QMenu* func = add_menu("mnuFnuc", "F&unction");
-    add_item(func, "mnuFuncPhotometry", "Photometry");
-    add_item(func, "mnuFuncSpectrum", "Spectrum");
-    add_item(func, "mnuFuncTimescan", "Time scan");
-    add_item(func, "mnuFuncKinetic", "Kinetic");
-    add_item(func, "mnuFuncQuant", "Quantitative");
-    add_item(func, "mnuFuncProtein", "Protein analysis");
+    const std::pair<const char*, const char*> functions[] = {
+        {"mnuFuncPhotometry", "Photometry"}, {"mnuFuncSpectrum", "Spectrum"},
+        {"mnuFuncTimescan", "Time scan"},    {"mnuFuncKinetic", "Kinetic"},
+        {"mnuFuncQuant", "Quantitative"},    {"mnuFuncProtein", "Protein analysis"}};
+    const std::int16_t ids[] = {fid_photometry, fid_spectrum,     fid_timescan,
+                                fid_kinetic,    fid_quantitative, fid_protein};
+    for (int i = 0; i < 6; ++i) {
+        QAction* a = add_item(func, functions[i].first, functions[i].second);
+        const std::int16_t id = ids[i];
+        connect(a, &QAction::triggered, this, [this, id] { enter_function(id); });
+    }
     QMenu* sys = func->addMenu(QStringLiteral("System"));
     sys->setObjectName(QStringLiteral("mnuFuncSys"));
     sys->menuAction()->setObjectName(QStringLiteral("mnuFuncSys"));
-    add_item(sys, "mnuFuncSysSetup", "Property setup");
-    add_item(sys, "mnuFuncSysVerify", "Verify bandwidth");
+    connect(add_item(sys, "mnuFuncSysSetup", "Property setup"), &QAction::triggered, this,
+            &frmMain::mnuFuncSysSetup_Click);
+    connect(add_item(sys, "mnuFuncSysVerify", "Verify bandwidth"), &QAction::triggered, this,
+            &frmMain::mnuFuncSysVerify_Click);
 
     QMenu* help = add_menu("mnuHelp", "&Help");
     QAction* about = add_item(help, "mnuHelpAbout", "About");
@@ -136,7 +148,8 @@ void frmMain::build_toolbar() {
     toolbar_ = addToolBar(QStringLiteral("Toolbar"));
     toolbar_->setObjectName(QStringLiteral("tbToolBar"));
     toolbar_->setMovable(false);
-    toolbar_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    toolbar_->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    toolbar_->setIconSize(QSize(24, 24));
     int next = 1;
     for (const auto& row : toolbar_rows) {
         for (; next < row.index; ++next) {
@@ -146,6 +159,9 @@ void frmMain::build_toolbar() {
         a->setObjectName(QStringLiteral("tbToolBar_") + QString::fromLatin1(row.key).remove(' '));
         a->setData(QString::fromLatin1(row.key));
         a->setToolTip(QString::fromLatin1(row.tip));
+        a->setIcon(toolbar_icon(QString::fromLatin1(row.key)));
+        const QString key = QString::fromLatin1(row.key);
+        connect(a, &QAction::triggered, this, [this, key] { tbToolBar_ButtonClick(key); });
         buttons_[static_cast<std::size_t>(row.index)] = a;
         next = row.index + 1;
     }
@@ -254,11 +270,6 @@ void frmMain::toolbar_disable_function() {
     shared.toolbar_locked = true;
 }
 
-void frmMain::toolbar_enable_function() {
-    set_toolbar_buttons(false, {1, 2, 3}, true);
-    shared.toolbar_locked = false;
-}
-
 void frmMain::disable_menus() {
     for (QMenu* m : menus_)
         m->menuAction()->setEnabled(false);
@@ -271,8 +282,13 @@ void frmMain::enable_menus() {
 
 void frmMain::unload_form() {
     if (lambda_) delete lambda_.data();
-    for (QWidget* w : client_->subWindowList())
-        w->close();
+    if (setup_) delete setup_.data();
+    if (system_) delete system_.data();
+    for (QMdiSubWindow* w : client_->subWindowList()) {
+        // The window's close hands function_id back to 8 before it goes.
+        if (auto* f = qobject_cast<function_window*>(w->widget())) f->close();
+        delete w;
+    }
     toolbar_enable_function();
     status_->set_text(1, QString::fromStdString(format_number(shared.lambda_now, "###0nm")));
 }

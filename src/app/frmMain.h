@@ -1,6 +1,7 @@
 #pragma once
 // The main window: menus, the 16-button toolbar, the six-panel status bar, the transmit tick
 // Timer1 and the serial port. Its client area holds at most one function window.
+#include <QDialog>
 #include <QMainWindow>
 #include <QPointer>
 #include <QString>
@@ -18,6 +19,7 @@ namespace lumora {
 class comm_backend;
 class comm_port;
 class frmLambda;
+class function_window;
 class frmPortSet;
 class status_bar;
 
@@ -36,6 +38,16 @@ public:
     // Toolbar states
     void toolbar_disable_function();
     void toolbar_enable_function();
+    void toolbar_enable_stop();
+    void toolbar_enable_photometry();
+    void toolbar_enable_quant();
+    void toolbar_enable_spectrum();
+    void toolbar_enable_timescan();
+    void toolbar_enable_timescan2();
+    void toolbar_enable_kinetic();
+    void toolbar_enable_656();
+    // The ready state of the function in hand.
+    void toolbar_enable_for(int function_id);
     void set_toolbar_buttons(bool all, std::initializer_list<int> exceptions, bool status_bar_enabled);
     // The two menu routines: every visible menu item off or on.
     void disable_menus();
@@ -44,6 +56,19 @@ public:
     void unload_form();
 
     void Timer1_Timer();
+
+    // Entering and leaving functions
+    void enter_function(int function_id);
+    void mnuFuncSysSetup_Click();
+    void mnuFuncSysVerify_Click();
+    function_window* current_function() const;
+    QDialog* current_setup_dialog() const { return setup_; }
+    // A toolbar click, by the button's key.
+    void tbToolBar_ButtonClick(const QString& key);
+    // File menu handlers that need a function with data.
+    void mnuFilePrintPreview_Click();
+    void mnuFilePrint_Click();
+    void mnuFileExport_Click();
     comm_port& MSComm1() { return *port_; }
     status_bar& sbStatusBar() { return *status_; }
     QTimer& Timer1() { return *timer_; }
@@ -66,6 +91,8 @@ private:
     void set_scan_lock(bool locked);
     void mnuHelpAbout_Click();
     void restore_position();
+    void show_setup_dialog(function_window& window);
+    bool function_with_data_check();
 
     std::unique_ptr<comm_port> port_;
     status_bar* status_ = nullptr;
@@ -76,6 +103,9 @@ private:
     QList<QMenu*> menus_;
     frmPortSet* port_set_ = nullptr;
     QPointer<frmLambda> lambda_;
+    QPointer<function_window> function_;
+    QPointer<QDialog> setup_;
+    QPointer<QDialog> system_;
     bool scan_locked_ = false;
 };
 

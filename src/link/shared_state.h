@@ -117,6 +117,9 @@ struct shared_state {
     std::int32_t unknown_reply_count = 0;
 
     bool toolbar_locked = true;
+
+    // Per function_id: a stored parameter batch was opened, so entering skips the setup dialog.
+    std::array<bool, 25> parameters_loaded{};
 };
 
 extern shared_state shared;

@@ -1,0 +1,53 @@
+#pragma once
+// A measuring function's result window inside the main window, and its setup dialog. Each
+// function's own window derives from this and overrides the routines it has; the base keeps the
+// routines every function window answers to by name, so the toolbar reaches them all the same way.
+#include "function_catalog.h"
+#include "toolbar_dispatch.h"
+
+#include <QDialog>
+#include <QWidget>
+#include <vector>
+
+namespace lumora {
+
+class function_window : public QWidget {
+    Q_OBJECT
+public:
+    explicit function_window(const function_entry& entry, QWidget* parent = nullptr);
+
+    const function_entry& entry() const { return entry_; }
+    virtual void set_form_visible(bool visible);
+    // A toolbar routine of this function (Zero, Read, Stop, zoom, peak, ...).
+    virtual void run(toolbar_routine routine);
+    // Quantitative's question at 100 samples; false drops the action.
+    virtual bool batch_check() { return true; }
+    // In single-curve mode a Read starts from an empty plot.
+    virtual void curve_check() {}
+    virtual void set_zero_flag(bool) {}
+    virtual bool has_data() const { return false; }
+    // A new setup dialog of this function, or nullptr when it has none.
+    virtual QDialog* make_setup_dialog(QWidget* parent);
+
+    // What reached this window, in order: the routines of the toolbar clicks.
+    const std::vector<toolbar_routine>& routines_run() const { return routines_run_; }
+
+signals:
+    void unloading();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    const function_entry& entry_;
+    std::vector<toolbar_routine> routines_run_;
+};
+
+// The setup dialog of a function: named and titled, OK and Cancel.
+class setup_dialog : public QDialog {
+    Q_OBJECT
+public:
+    setup_dialog(const char* name, const char* caption, QWidget* parent = nullptr);
+};
+
+} // namespace lumora
