@@ -1,0 +1,148 @@
+// The intensity stream: ten frames make a reading, and the reading goes where measure_mode says:
+// the live reading and heartbeat of the lambda panel, or the function that is measuring.
+#include "link/photometric.h"
+#include "link_fixture.h"
+
+using namespace lumora;
+using lumora::test::link_test;
+
+namespace {
+
+class IntensityFrames : public link_test {
+protected:
+    void SetUp() override {
+        link_test::SetUp();
+        shared.measure_mode = mm_lambda_panel;
+        shared.lambda_now = 500; // index 180, band 2
+        shared.dark_by_band[2] = 500;
+        shared.reference_intensity[180] = 80500;
+        panels[6] = QStringLiteral("OK");
+    }
+};
+
+} // namespace
+
+TEST_F(IntensityFrames, TenFramesMakeAReadingAndTheEleventhStartsAgainAtIndexZero) {
+    for (int v = 1; v <= 10; ++v)
+        frame(rsp_intensity, 1000 * v);
+    EXPECT_EQ(shared.readings,
+              (std::array<double, 10>{1000, 2000, 3000, 4000, 5000, 6000, 7000, 8000, 9000, 10000}));
+    EXPECT_EQ(shared.reading_index, 0);
+    frame(rsp_intensity, 99);
+    EXPECT_EQ(shared.readings[0], 99);
+    EXPECT_EQ(shared.readings[1], 2000);
+    EXPECT_EQ(shared.reading_index, 1);
+}
+
+TEST_F(IntensityFrames, HeartbeatGrowsOneDotPerReadingUpToSixCharacters) {
+    std::vector<QString> seen;
+    for (int reading = 0; reading < 7; ++reading) {
+        const std::size_t writes = panel_log.size();
+        frames(9, 40500);
+        EXPECT_EQ(panel_log.size(), writes) << "nothing is shown before the tenth frame";
+        frames(1, 40500);
+        seen.push_back(panels[6]);
+    }
+    EXPECT_EQ(seen, (std::vector<QString>{"OK.", "OK..", "OK...", "OK....", "OK", "OK.", "OK.."}));
+    EXPECT_EQ(panels[2], QStringLiteral("0.301A"));
+}
+
+TEST_F(IntensityFrames, PendingZeroMakesTheMeanTheReferenceAtTheRoundedWavelength) {
+    shared.lambda_now = 500.6; // index 181
+    shared.zero_pending = true;
+    for (int v : {79995, 79996, 79997, 79998, 79999, 80000, 80001, 80002, 80003, 80004})
+        frame(rsp_intensity, v);
+    EXPECT_EQ(shared.reference_intensity[181], 79999) << "the mean is truncated";
+    EXPECT_EQ(shared.reference_intensity[180], 80500);
+    EXPECT_FALSE(shared.zero_pending);
+    EXPECT_EQ(panels[2], QStringLiteral("0.000A"));
+
+    shared.lambda_show_mode = 1;
+    frames(10, 79999);
+    EXPECT_EQ(panels[2], QStringLiteral("100.0%T"));
+    EXPECT_EQ(shared.reference_intensity[181], 79999)
+        << "a reading without a pending zero keeps the reference";
+
+    shared.lambda_show_mode = 0;
+    frames(10, 500 + 7949); // a tenth of the signal above the dark
+    EXPECT_EQ(panels[2], QStringLiteral("1.000A"));
+}
+
+TEST_F(IntensityFrames, ReferenceEqualToTheDarkFreezesTheDisplayUntilTheNextTransmission) {
+    shared.reference_intensity[180] = 500;
+    frames(10, 30000);
+    EXPECT_EQ(panels.count(2), 0u) << "the division by zero ends the frame's handling";
+    EXPECT_EQ(panels[6], QStringLiteral("OK"));
+    EXPECT_EQ(shared.reading_index, 10);
+    frames(3, 30000);
+    EXPECT_EQ(shared.reading_index, 13);
+    EXPECT_EQ(panels.count(2), 0u);
+
+    shared.reference_intensity[180] = 80500;
+    Timer1_Timer(); // transmits the unfilled slot behind ring_head, which resets the index
+    EXPECT_EQ(shared.reading_index, 0);
+    frames(10, 80500);
+    EXPECT_EQ(panels[2], QStringLiteral("0.000A"));
+}
+
+TEST_F(IntensityFrames, FunctionsGetTheirReadingsOnlyOnceTheLinkIsReady) {
+    const std::int32_t mean = 104; // 1045 / 10, truncated
+    shared.measure_mode = mm_photometry;
+    shared.link_ready = false;
+    frames(10, 100);
+    EXPECT_TRUE(calls.empty()) << "frames before rsp_ping are ignored";
+    shared.link_ready = true;
+    for (int i = 0; i < 20; ++i)
+        frame(rsp_intensity, 100 + i % 10);
+    EXPECT_EQ(calls, (decltype(calls){{"show_data 2", mean}, {"show_data 2", mean}}));
+
+    calls.clear();
+    shared.measure_mode = mm_timescan;
+    frame(rsp_intensity, 777);
+    shared.measure_mode = mm_kinetic;
+    frame(rsp_intensity, 778);
+    shared.measure_mode = mm_timescan2;
+    frame(rsp_intensity, 779);
+    shared.link_ready = false;
+    frame(rsp_intensity, 780);
+    EXPECT_EQ(calls,
+              (decltype(calls){{"timed_frame 3", 777}, {"timed_frame 4", 778}, {"timed_frame 8", 779}}));
+
+    shared.link_ready = true;
+    shared.measure_mode = mm_spectrum;
+    calls.clear();
+    panel_log.clear();
+    frames(25, 1);
+    EXPECT_TRUE(calls.empty());
+    EXPECT_TRUE(panel_log.empty());
+}
+
+TEST_F(IntensityFrames, ProteinAndQuantitativeZeroOnOneFrameThenAverageTen) {
+    for (int mode : {mm_protein, mm_quantitative}) {
+        SCOPED_TRACE(mode);
+        calls.clear();
+        shared.measure_mode = static_cast<std::int16_t>(mode);
+        shared.reading_index = 5;
+        reading_flag = false;
+        frame(rsp_intensity, 4242);
+        EXPECT_EQ(shared.reading_index, 0);
+        frame(rsp_intensity, 4243);
+        reading_flag = true;
+        for (int i = 0; i < 10; ++i)
+            frame(rsp_intensity, 2000 + 2 * i);
+        const std::string m = std::to_string(mode);
+        EXPECT_EQ(calls, (decltype(calls){
+                             {"show_zero " + m, 4242}, {"show_zero " + m, 4243}, {"show_data " + m, 2009}}));
+    }
+}
+
+TEST_F(IntensityFrames, LightCheckHandsOneReadingToSystemSetupAndReturnsToTheLambdaPanel) {
+    shared.measure_mode = mm_light_check;
+    frames(9, 123456);
+    EXPECT_TRUE(calls.empty());
+    frame(rsp_intensity, 123456);
+    EXPECT_EQ(calls, (decltype(calls){{"check_light_level", 123456}}));
+    EXPECT_EQ(shared.measure_mode, mm_lambda_panel);
+    EXPECT_EQ(shared.reading_index, 0);
+    EXPECT_EQ(panels.count(2), 0u) << "the light check reading is not shown";
+}
