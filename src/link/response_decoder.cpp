@@ -10,6 +10,8 @@
 #include "shared_state.h"
 #include "trace.h"
 
+#include <vector>
+
 namespace lumora {
 namespace {
 
@@ -19,6 +21,21 @@ template <class F, class... A> void call(const F& hook, A... args) {
 
 void set_threshold(int n) {
     if (link_ctx.port) link_ctx.port->RThreshold = n;
+}
+
+// "###0nm" texts of whole wavelengths, built once: scan points and moves then write panel 1
+// without building a string per frame.
+const QString& nm_text(std::int32_t nm) {
+    static const std::vector<QString> texts = [] {
+        std::vector<QString> t;
+        t.reserve(1200);
+        for (int i = 0; i < 1200; ++i) t.push_back(QString::number(i) + QStringLiteral("nm"));
+        return t;
+    }();
+    static QString other;
+    if (nm >= 0 && nm < static_cast<std::int32_t>(texts.size())) return texts[static_cast<std::size_t>(nm)];
+    other = QString::fromStdString(format_number(nm, "###0nm"));
+    return other;
 }
 
 void increment16(std::int16_t& counter) {
@@ -129,7 +146,7 @@ void baseline_point(std::int32_t v) {
         shared.baseline_curves[static_cast<std::size_t>(i)][0] = v;
         shared.reference_intensity[static_cast<std::size_t>(i)] = v;
         const int nm = i + 320;
-        if (nm >= 330 && nm <= 1100) set_panel(1, QString::number(nm) + QStringLiteral("nm"));
+        if (nm >= 330 && nm <= 1100) set_panel(1, nm_text(nm));
     }
     increment16(shared.baseline_count);
 }
@@ -249,7 +266,7 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
     case rsp_lambda_now: {
         const std::int32_t w = value();
         if (shared.measure_mode == mm_spectrum || w < 1101)
-            set_panel(1, QString::fromStdString(format_number(w, "###0nm")));
+            set_panel(1, nm_text(w));
         break;
     }
     case rsp_read_begin:
