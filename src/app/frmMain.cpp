@@ -78,6 +78,7 @@ frmMain::~frmMain() {
     if (link_ctx.port == port_.get()) {
         link_ctx.port = nullptr;
         link_ctx.hooks = {};
+        main_hooks = {};
     }
 }
 
@@ -215,6 +216,10 @@ void frmMain::connect_link() {
             unsetCursor();
     };
     h.save_baseline = [] { save_baseline(); };
+    main_hooks.toolbar_disable_function = [this] { toolbar_disable_function(); };
+    main_hooks.toolbar_enable_function = [this] { toolbar_enable_function(); };
+    main_hooks.toolbar_enable_stop = [this] { toolbar_enable_stop(); };
+    main_hooks.toolbar_enable_for = [this](int id) { toolbar_enable_for(id); };
     h.save_com_port = [] { save_com_port(); };
 
     connect(port_.get(), &comm_port::OnComm, this, [] { on_comm_event(); });
@@ -242,6 +247,9 @@ void frmMain::Form_Load() {
     setWindowTitle(shared.software_name);
     shared.reading_index = 0;
     status_->set_text(4, QStringLiteral("Off-line"));
+    // The two clickable panels say what a click does.
+    status_->panel(3)->setText(QStringLiteral("Lambda..."));
+    status_->panel(5)->setText(QStringLiteral("Port..."));
 }
 
 void frmMain::show_port_dialog() {

@@ -92,7 +92,7 @@ void frmMain::enter_function(int function_id) {
     if (!entry) return;
     unload_form();
     shared.function_id = static_cast<std::int16_t>(function_id);
-    auto* window = new function_window(*entry);
+    function_window* window = make_function_window(*entry);
     function_ = window;
     QMdiSubWindow* sub = client_->addSubWindow(window);
     sub->setAttribute(Qt::WA_DeleteOnClose);

@@ -10,6 +10,8 @@
 
 namespace lumora {
 
+main_window_hooks main_hooks;
+
 function_window::function_window(const function_entry& entry, QWidget* parent)
     : QWidget(parent), entry_(entry) {
     setObjectName(QString::fromLatin1(entry.window));

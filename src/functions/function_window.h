@@ -7,9 +7,24 @@
 
 #include <QDialog>
 #include <QWidget>
+#include <functional>
 #include <vector>
 
 namespace lumora {
+
+// What the function windows reach of the main window; it fills these when it is created.
+struct main_window_hooks {
+    std::function<void()> toolbar_disable_function;
+    std::function<void()> toolbar_enable_function;
+    std::function<void()> toolbar_enable_stop;
+    std::function<void(int function_id)> toolbar_enable_for;
+};
+extern main_window_hooks main_hooks;
+
+// The result window of a function: the function's own window for those that have one, the
+// common window otherwise.
+class function_window;
+function_window* make_function_window(const function_entry& entry);
 
 class function_window : public QWidget {
     Q_OBJECT

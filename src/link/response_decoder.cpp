@@ -29,7 +29,8 @@ const QString& nm_text(std::int32_t nm) {
     static const std::vector<QString> texts = [] {
         std::vector<QString> t;
         t.reserve(1200);
-        for (int i = 0; i < 1200; ++i) t.push_back(QString::number(i) + QStringLiteral("nm"));
+        for (int i = 0; i < 1200; ++i)
+            t.push_back(QString::number(i) + QStringLiteral("nm"));
         return t;
     }();
     static QString other;
@@ -265,8 +266,7 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         break;
     case rsp_lambda_now: {
         const std::int32_t w = value();
-        if (shared.measure_mode == mm_spectrum || w < 1101)
-            set_panel(1, nm_text(w));
+        if (shared.measure_mode == mm_spectrum || w < 1101) set_panel(1, nm_text(w));
         break;
     }
     case rsp_read_begin:

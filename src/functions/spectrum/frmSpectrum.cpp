@@ -1,0 +1,377 @@
+#include "frmSpectrum.h"
+
+#include "dlgSpectrum.h"
+#include "link/command_ring.h"
+#include "link/link_context.h"
+#include "link/photometric.h"
+#include "link/protocol.h"
+#include "platform/grid.h"
+#include "platform/numeric_text.h"
+#include "plot/dlgZoom.h"
+#include "plot/frmColor.h"
+#include "plot/palette.h"
+#include "plot/plot_surface.h"
+#include "plot/plot_tracking.h"
+#include "plot/zoom.h"
+#include "spectrum_data.h"
+#include "spectrum_setup.h"
+
+#include <QLabel>
+#include <QScrollArea>
+#include <QTabBar>
+#include <QVBoxLayout>
+
+namespace lumora {
+namespace {
+
+QString fmt(double x, const char* pattern) {
+    return QString::fromStdString(format_number(x, pattern));
+}
+
+} // namespace
+
+frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : function_window(entry, parent) {
+    surface_ = new plot_surface(QSize(400, 520));
+    surface_->setObjectName(QStringLiteral("picSpectrum"));
+    scroll_ = new QScrollArea(this);
+    scroll_->setObjectName(QStringLiteral("picScroll"));
+    scroll_->setWidget(surface_);
+    scroll_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    for (int i = 0; i < 2; ++i) {
+        auto* l = new QLabel(this);
+        l->setObjectName(QStringLiteral("lblValue_%1").arg(i));
+        l->setTextInteractionFlags(Qt::NoTextInteraction);
+        labels_[static_cast<std::size_t>(i)] = l;
+    }
+    tabs_ = new QTabBar(this);
+    tabs_->setObjectName(QStringLiteral("tspData"));
+    const char* captions[3] = {"Track data", "Peak data", "Valley data"};
+    const char* names[3] = {"fgdTrack", "fgdPeak", "fgdValley"};
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(scroll_, 3);
+    layout->addWidget(labels_[0]);
+    layout->addWidget(labels_[1]);
+    layout->addWidget(tabs_);
+    for (int i = 0; i < 3; ++i) {
+        tabs_->addTab(QString::fromLatin1(captions[i]));
+        auto* frame = new QWidget(this);
+        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
+        auto* frame_layout = new QVBoxLayout(frame);
+        frame_layout->setContentsMargins(0, 0, 0, 0);
+        auto* g = new grid(frame);
+        g->setObjectName(QString::fromLatin1(names[i]));
+        frame_layout->addWidget(g);
+        tables_[static_cast<std::size_t>(i)] = g;
+        frames_[static_cast<std::size_t>(i)] = frame;
+        layout->addWidget(frame, 2);
+    }
+    connect(tabs_, &QTabBar::currentChanged, this, &frmSpectrum::show_table);
+
+    tracking_ = new plot_tracking(*surface_, spectrum.view, *tables_[0], *labels_[0], *labels_[1],
+                                  spectrum.tracks, spectrum_tracking(spectrum_setup.percent_t()), this);
+    tracking_->hooks.locked = [] { return shared.toolbar_locked; };
+    tracking_->hooks.zoom = [this] {
+        zoom_cursor(spectrum.view, spectrum_setup.percent_t());
+        zoom_data();
+    };
+    connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
+    connect(surface_, &plot_surface::mouse_moved, tracking_,
+            [this](QPoint p, Qt::MouseButtons) { tracking_->mouse_move(p); });
+    connect(surface_, &plot_surface::mouse_released, tracking_, &plot_tracking::mouse_up);
+
+    auto& h = link_ctx.hooks;
+    h.spectrum_show_base_line = [this](std::int32_t raw) { show_base_line(raw); };
+    h.spectrum_show_data = [this](std::int32_t raw) { show_data(raw); };
+    h.spectrum_in_sample_pass = [] { return spectrum.scan_kind != 0; };
+    h.spectrum_start_lambda = [] { return spectrum_setup.start_lambda; };
+
+    // Form load
+    set_form_visible(true);
+    clear_form();
+    init();
+    init_data_area();
+    hide_tracks();
+}
+
+frmSpectrum::~frmSpectrum() {
+    tracking_ = new plot_tracking(*surface_, spectrum.view, *tables_[0], *labels_[0], *labels_[1],
+                                  spectrum.tracks, spectrum_tracking(spectrum_setup.percent_t()), this);
+    tracking_->hooks.locked = [] { return shared.toolbar_locked; };
+    tracking_->hooks.zoom = [this] {
+        zoom_cursor(spectrum.view, spectrum_setup.percent_t());
+        zoom_data();
+    };
+    connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
+    connect(surface_, &plot_surface::mouse_moved, tracking_,
+            [this](QPoint p, Qt::MouseButtons) { tracking_->mouse_move(p); });
+    connect(surface_, &plot_surface::mouse_released, tracking_, &plot_tracking::mouse_up);
+
+    auto& h = link_ctx.hooks;
+    h.spectrum_show_base_line = nullptr;
+    h.spectrum_show_data = nullptr;
+    h.spectrum_in_sample_pass = nullptr;
+    h.spectrum_start_lambda = nullptr;
+}
+
+axes_text frmSpectrum::axes() const {
+    return spectrum_axes(spectrum_setup.percent_t());
+}
+
+void frmSpectrum::show_table(int index) {
+    for (int i = 0; i < 3; ++i)
+        frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
+}
+
+void frmSpectrum::hide_tracks() {
+    tracking_->set_track(false);
+}
+
+void frmSpectrum::set_track(bool visible) {
+    tracking_->set_track(visible);
+}
+
+void frmSpectrum::set_form_visible(bool visible) {
+    function_window::set_form_visible(visible);
+    tabs_->setVisible(visible);
+    labels_[0]->setVisible(visible);
+    labels_[1]->setVisible(visible);
+    frames_[0]->setVisible(visible);
+    frames_[1]->setVisible(false);
+    frames_[2]->setVisible(false);
+}
+
+void frmSpectrum::init() {
+    spectrum_init();
+    tables_[0]->setCols(3);
+}
+
+void frmSpectrum::init_data_area() {
+    for (grid* g : tables_) {
+        g->Clear();
+        if (g->Rows() < 1) g->setRows(1);
+        if (g->Cols() < 3) g->setCols(3);
+        for (int c = 0; c < g->Cols(); ++c)
+            g->setColWidth(c, 100);
+        g->setTextMatrix(0, 0, QStringLiteral("No."));
+        g->setTextMatrix(0, 1, QStringLiteral("Lambda"));
+        g->setTextMatrix(0, 2, QStringLiteral("Value"));
+    }
+}
+
+void frmSpectrum::draw_frame() {
+    draw_axes(*surface_, spectrum.view, axes());
+    tracking_->set_config(spectrum_tracking(spectrum_setup.percent_t()));
+    tracking_->reset_readout(spectrum_setup.start_lambda);
+}
+
+void frmSpectrum::zoom_data() {
+    std::vector<curve_data> curves;
+    int active = -1;
+    for (int s = 1; s <= spectrum.curve_count; ++s) {
+        const int state = spectrum.curve_state[static_cast<std::size_t>(s)];
+        if (state != 1 && state != 2) continue;
+        if (state == 2) active = static_cast<int>(curves.size());
+        curves.push_back(baseline_curve(s));
+    }
+    lumora::zoom_data(*surface_, spectrum.view, axes(), curves, active);
+    tracking_->set_config(spectrum_tracking(spectrum_setup.percent_t()));
+    tracking_->reset_readout(spectrum_setup.start_lambda);
+    init_data_area();
+}
+
+void frmSpectrum::clear_form() {
+    if (main_hooks.toolbar_enable_function) main_hooks.toolbar_enable_function();
+    spectrum.curve_count = 0;
+    clear_array();
+    init_data_area();
+    init();
+    draw_frame();
+}
+
+void frmSpectrum::curve_check() {
+    // Single-curve mode: each Read replaces curve 1.
+    if (spectrum_setup.overlay_screen != 0) return;
+    spectrum.curve_count = 0;
+    for (auto& row : shared.baseline_curves)
+        row[1] = 0;
+    draw_frame();
+}
+
+bool frmSpectrum::has_data() const {
+    return spectrum.curve_count > 0;
+}
+
+void frmSpectrum::read_base_line() {
+    init();
+    spectrum.scan_kind = 0;
+    draw_frame();
+    set_target_lambda(spectrum_setup.start_lambda);
+    shared.scan_start_lambda = spectrum.scan_first_nm;
+    shared.scan_end_lambda = spectrum.scan_last_nm;
+    shared.scan_speed = spectrum_setup.scan_speed;
+    begin_exchange();
+    send_message(cmd_scan_baseline_range);
+    set_panel(2, QStringLiteral("0.000A"));
+    hide_tracks();
+}
+
+void frmSpectrum::read() {
+    if (main_hooks.toolbar_disable_function) main_hooks.toolbar_disable_function();
+    init_data_area();
+    init();
+    zoom_cursor(spectrum.view, spectrum_setup.percent_t());
+    zoom_data();
+    spectrum.view.zoomed = false;
+    init();
+    spectrum.scan_kind = -1;
+    if (spectrum.curve_count >= max_curves) clear_form(); // the 21st scan starts an empty window
+    if (spectrum.curve_count > 1)
+        for (auto& state : spectrum.curve_state)
+            if (state == 2) state = 1;
+    ++spectrum.curve_count;
+    spectrum.curve_state[static_cast<std::size_t>(spectrum.curve_count)] = 2;
+    set_target_lambda(spectrum_setup.start_lambda);
+    shared.scan_start_lambda = spectrum.scan_first_nm;
+    shared.scan_end_lambda = spectrum.scan_last_nm;
+    shared.scan_speed = spectrum_setup.scan_speed;
+    begin_exchange();
+    send_message(cmd_scan_sample);
+    hide_tracks();
+}
+
+void frmSpectrum::show_base_line(std::int32_t raw) {
+    const int w = spectrum.scan_count + spectrum.scan_first_nm;
+    shared.net_signal = raw;
+    if (w >= first_index_nm) {
+        if (w - first_index_nm >= wavelength_points) throw run_fault{"index out of range"};
+        shared.baseline_curves[static_cast<std::size_t>(w - first_index_nm)][0] = raw;
+    }
+    ++spectrum.scan_count;
+    const plot_view& v = spectrum.view;
+    double shown = w;
+    if (shown < v.view_start) shown = spectrum_setup.start_lambda;
+    if (shown > v.view_stop) shown = spectrum_setup.stop_lambda;
+    set_panel(1, fmt(shown, "###0nm"));
+    if (spectrum.scan_count > spectrum.scan_total) {
+        shared.lambda_now = spectrum.view.view_stop;
+        set_panel(1, fmt(shared.lambda_now, "###0nm"));
+        set_panel(6, QStringLiteral("OK"));
+        finish_scan();
+    }
+}
+
+void frmSpectrum::show_data(std::int32_t raw) {
+    const SpectrumSetup& s = spectrum_setup;
+    // The instrument also sends scan_last_nm; the sample pass has ended one point before it, and
+    // a finished curve is never written again.
+    if (fix(static_cast<double>(spectrum.scan_total) / spectrum.scan_step) <= spectrum.scan_count) return;
+    const int w = spectrum.scan_step * spectrum.scan_count + spectrum.scan_first_nm;
+    const std::int32_t dark = dark_for_nm(w);
+    shared.net_signal = raw - dark;
+    const int column = spectrum.curve_count;
+    if (w >= first_index_nm) {
+        const int p = w - first_index_nm;
+        if (p >= wavelength_points || column < 1 || column > max_curves)
+            throw run_fault{"index out of range"};
+        const double value =
+            convert_sample(raw, dark, shared.baseline_curves[static_cast<std::size_t>(p)][0], s.percent_t());
+        shared.baseline_curves[static_cast<std::size_t>(p)][static_cast<std::size_t>(column)] = value;
+        spectrum.org_curves[static_cast<std::size_t>(p)][static_cast<std::size_t>(column)] = value;
+    }
+    ++spectrum.scan_count;
+    lumora::draw_data(*surface_, spectrum.view, baseline_curve(column, last_stored_nm()));
+    surface_->update();
+
+    const plot_view& v = spectrum.view;
+    double column_nm = v.view_start + v.plot_column * v.view_span / 280.0;
+    if (column_nm < s.start_lambda) column_nm = s.start_lambda;
+    if (column_nm > s.stop_lambda) column_nm = s.stop_lambda;
+    set_panel(1, fmt(column_nm, "###0nm"));
+    if (w >= s.start_lambda && w <= s.stop_lambda && w >= first_index_nm) {
+        const double value = shared.baseline_curves[static_cast<std::size_t>(w - first_index_nm)]
+                                                   [static_cast<std::size_t>(column)];
+        set_panel(2, s.percent_t() ? fmt(value, "##0.000") + QStringLiteral("%T")
+                                   : fmt(value, "#0.0000") + QStringLiteral("A"));
+    }
+    if (fix(static_cast<double>(spectrum.scan_total) / spectrum.scan_step) <= spectrum.scan_count) {
+        shared.lambda_now = s.stop_lambda;
+        set_panel(1, fmt(shared.lambda_now, "###0nm"));
+        set_panel(6, QStringLiteral("OK"));
+        finish_scan();
+    }
+}
+
+void frmSpectrum::finish_scan() {
+    const SpectrumSetup& s = spectrum_setup;
+    spectrum.active_curve = static_cast<std::int16_t>(spectrum.curve_count - 1);
+    if (s.auto_zoom == 1) {
+        zoom_auto(spectrum.view, s.percent_t());
+        zoom_data();
+    }
+    // The peak and valley searches of auto_peak and auto_valley come with the peak search.
+    shared.lambda_now = s.stop_lambda;
+    shared.measure_mode = mm_lambda_panel;
+    set_track(true);
+    // Back to the state of holding curves: the toolbar of the function is live again.
+    if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_spectrum);
+}
+
+QDialog* frmSpectrum::make_setup_dialog(QWidget* parent) {
+    auto* dlg = new dlgSpectrum(parent);
+    dlg->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dlg, &dlgSpectrum::setup_changed, this, &frmSpectrum::clear_form);
+    connect(dlg, &dlgSpectrum::clear_requested, this, &frmSpectrum::clear_form);
+    return dlg;
+}
+
+void frmSpectrum::run(toolbar_routine routine) {
+    function_window::run(routine);
+    try {
+        switch (routine) {
+        case toolbar_routine::read:
+            read();
+            break;
+        case toolbar_routine::read_base_line:
+            read_base_line();
+            break;
+        case toolbar_routine::zoom_auto:
+            zoom_auto(spectrum.view, spectrum_setup.percent_t());
+            zoom_data();
+            break;
+        case toolbar_routine::zoom_original:
+            init();
+            zoom_cursor(spectrum.view, spectrum_setup.percent_t());
+            copy_org_data();
+            zoom_data();
+            spectrum.view.zoomed = false;
+            break;
+        case toolbar_routine::zoom_dialog: {
+            auto* dlg = new dlgZoom(
+                spectrum.view,
+                spectrum_zoom_fields(spectrum_setup.percent_t(), spectrum_setup.start_lambda,
+                                     spectrum_setup.stop_lambda),
+                [this] { zoom_data(); }, window());
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
+        case toolbar_routine::color: {
+            color_hooks hooks;
+            hooks.zoom_data = [this] { zoom_data(); };
+            hooks.clear_array = [] { clear_array(); };
+            auto* dlg = new frmColor(spectrum.curve_state, spectrum.curve_count, spectrum.active_curve, hooks,
+                                     window());
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
+        default:
+            break;
+        }
+    } catch (const run_fault&) {
+    }
+}
+
+} // namespace lumora

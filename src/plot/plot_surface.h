@@ -1,0 +1,107 @@
+#pragma once
+// A drawing surface in logical pixels, backed by an image painted at device pixel ratio 2, so
+// lines and text stay crisp on a high-DPI screen. It never rescales with the window: the widget
+// sits in a scroll area at its logical size. Overlays (cross-hair lines, rubber band) are drawn
+// over the image and do not disturb it. Mouse events come out in logical coordinates.
+//
+// A line runs between the centres of logical pixels and is one logical pixel (two device
+// pixels) wide, with both end pixels painted: a horizontal line on row 20 covers device rows 40
+// and 41 and nothing else, so a clipped curve lies exactly on the frame line of that row.
+#include <QFont>
+#include <QFontMetrics>
+#include <QImage>
+#include <QLine>
+#include <QWidget>
+#include <array>
+#include <memory>
+
+class QPainter;
+
+namespace lumora {
+
+enum class text_align { left, right, center };
+
+class plot_surface : public QWidget {
+    Q_OBJECT
+public:
+    explicit plot_surface(QSize logical_size, QWidget* parent = nullptr);
+    ~plot_surface() override;
+
+    void clear(const QColor& background);
+    void line(int x1, int y1, int x2, int y2, const QColor& color, Qt::PenStyle style = Qt::SolidLine);
+    void box(const QRect& rect, const QColor& color);          // outline
+    void filled_box(const QRect& rect, const QColor& color);   // outline and inside
+    void polygon(const QPolygon& points, const QColor& color); // outline, closed
+    // Text whose anchor is (x, y): its top edge at y, aligned left, right or centred on x.
+    void text(int x, int y, const QString& text, text_align align = text_align::left,
+              const QColor& color = Qt::black);
+    int text_width(const QString& text) const;
+    int text_height() const;
+
+    // Many operations in a row share one painter: the batch holds it open and schedules one
+    // repaint at its end. Batches nest; operations outside a batch open a painter of their own.
+    class batch {
+    public:
+        explicit batch(plot_surface& surface) : surface_(surface) { surface_.begin_batch(); }
+        ~batch() { surface_.end_batch(); }
+        batch(const batch&) = delete;
+        batch& operator=(const batch&) = delete;
+
+    private:
+        plot_surface& surface_;
+    };
+    void begin_batch();
+    void end_batch();
+
+    // Overlay lines by id (0..3) and the rubber band rectangle; white lines by default.
+    void set_overlay_line(int id, const QLine& line, bool visible, const QColor& color = Qt::white);
+    bool overlay_visible(int id) const;
+    QLine overlay_line(int id) const;
+    void set_rubber_band(const QRect& rect, bool visible);
+    bool rubber_band_visible() const { return band_visible_; }
+    QRect rubber_band() const { return band_; }
+
+    const QImage& image() const { return image_; }
+    // The image with the overlays, as the user sees it (screenshots, tests).
+    QImage grab_view() const;
+    // The colour of a logical pixel of the image (its top-left device pixel).
+    QColor logical_pixel(int x, int y) const;
+    QSize logical_size() const { return logical_; }
+    QSize sizeHint() const override { return logical_; }
+    QFont plot_font() const { return font_; }
+
+signals:
+    void mouse_pressed(QPoint logical, Qt::MouseButton button);
+    void mouse_moved(QPoint logical, Qt::MouseButtons buttons);
+    void mouse_released(QPoint logical, Qt::MouseButton button);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void paint_overlays(QPainter& p) const;
+    QPainter& painter();
+    // Ends an operation: the area it touched is repainted on screen once no batch is open.
+    void done_painting(const QRect& touched);
+
+    QSize logical_;
+    QImage image_;
+    QFont font_;
+    QFontMetrics metrics_;
+    std::unique_ptr<QPainter> painter_; // open while a batch or a single operation runs
+    int batch_depth_ = 0;
+    QRect dirty_; // logical area painted since the last repaint was asked for
+    struct overlay {
+        QLine line;
+        QColor color = Qt::white;
+        bool visible = false;
+    };
+    std::array<overlay, 4> overlays_{};
+    QRect band_;
+    bool band_visible_ = false;
+};
+
+} // namespace lumora

@@ -1,0 +1,129 @@
+// Spectrum against the simulator: a baseline and sample scans through the whole program, the
+// stored values against the model's absorbance, and the curve bookkeeping of overlay and reset.
+#include "functions/function_window.h"
+#include "functions/spectrum/dlgSpectrum.h"
+#include "functions/spectrum/frmSpectrum.h"
+#include "functions/spectrum/spectrum_data.h"
+#include "functions/spectrum/spectrum_setup.h"
+#include "link/frmPortSet.h"
+#include "sim_rig.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <gtest/gtest.h>
+
+using namespace lumora;
+using lumora::test::sim_rig;
+
+namespace {
+
+struct spectrum_rig {
+    sim_rig rig;
+    frmSpectrum* window = nullptr;
+
+    spectrum_rig() {
+        spectrum_setup = SpectrumSetup{};
+        reset_spectrum_data();
+        rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
+        EXPECT_TRUE(rig.run_until(
+            [&] { return shared.function_id == fid_no_function && rig.panel(6).startsWith("OK."); }, 120));
+        rig.window->menu_action("mnuFuncSpectrum")->trigger();
+        window = qobject_cast<frmSpectrum*>(rig.window->current_function());
+    }
+    dlgSpectrum& setup() { return *qobject_cast<dlgSpectrum*>(rig.window->current_setup_dialog()); }
+    void set_range(int start, int stop, bool percent_t) {
+        dlgSpectrum& dlg = setup();
+        dlg.cmbInst(1)->setEditText(QString::number(stop));
+        dlg.cmbInst_LostFocus(1);
+        dlg.cmbInst(0)->setEditText(QString::number(start));
+        dlg.cmbInst_LostFocus(0);
+        dlg.cmbMeasure()->setCurrentIndex(percent_t ? 1 : 0);
+        dlg.cmbMeasure_Click();
+        if (!percent_t) {
+            dlg.txtInst(4)->setText("1.5");
+            dlg.txtInst_LostFocus(4);
+        }
+        dlg.cmdOk_Click();
+    }
+    // Clicks a toolbar button and runs until the scan has ended and the toolbar is back.
+    bool scan(int button) {
+        rig.window->toolbar_button(button)->trigger();
+        return rig.run_until(
+            [&] {
+                return !rig.window->scan_locked() && shared.measure_mode == mm_lambda_panel &&
+                       rig.window->toolbar_button(3)->isEnabled();
+            },
+            120);
+    }
+};
+
+} // namespace
+
+TEST(SpectrumScan, HolmiumAbsorbanceMatchesTheModelAtEveryNanometre) {
+    spectrum_rig s;
+    ASSERT_NE(s.window, nullptr);
+    s.set_range(400, 700, false);
+    EXPECT_EQ(spectrum_setup.start_lambda, 400.0);
+    EXPECT_EQ(spectrum_setup.stop_lambda, 700.0);
+
+    ASSERT_TRUE(s.scan(2)) << "baseline scan";
+    EXPECT_EQ(spectrum.scan_first_nm, 390);
+    EXPECT_EQ(spectrum.scan_last_nm, 710);
+    EXPECT_EQ(spectrum.scan_count, 321) << "the baseline takes scan_total + 1 points";
+    EXPECT_EQ(spectrum.curve_count, 0);
+    EXPECT_NE(s.rig.find_write(6, "Baseline scanning..."), -1);
+
+    s.rig.instrument.control("sample holmium");
+    ASSERT_TRUE(s.scan(3)) << "sample scan";
+    EXPECT_EQ(spectrum.curve_count, 1);
+    EXPECT_EQ(spectrum.scan_count, 320) << "the sample takes one point fewer";
+    EXPECT_NE(s.rig.find_write(6, "Sample scanning..."), -1);
+    double worst = 0;
+    for (int nm = 390; nm < 710; ++nm) {
+        const double stored = shared.baseline_curves[static_cast<std::size_t>(nm - 320)][1];
+        const double model = s.rig.instrument.true_absorbance(nm);
+        worst = std::max(worst, std::abs(stored - model));
+        ASSERT_NEAR(stored, model, 0.002) << nm << " nm";
+        ASSERT_EQ(spectrum.org_curves[static_cast<std::size_t>(nm - 320)][1], stored);
+    }
+    EXPECT_EQ(shared.baseline_curves[710 - 320][1], 0.0) << "scan_last_nm itself is not stored";
+    EXPECT_LT(worst, 0.002);
+    EXPECT_EQ(shared.lambda_now, 700.0);
+    EXPECT_EQ(s.rig.panel(1), QStringLiteral("700nm"));
+    EXPECT_EQ(spectrum.active_curve, 0);
+}
+
+TEST(SpectrumScan, PercentTOfANeutralFilterAndTheCurveBookkeepingOfOverlay) {
+    spectrum_rig s;
+    s.set_range(500, 560, true);
+    ASSERT_TRUE(s.scan(2));
+    s.rig.instrument.control("sample neutral:0.3");
+    ASSERT_TRUE(s.scan(3));
+    for (int nm = 490; nm < 570; ++nm)
+        ASSERT_NEAR(shared.baseline_curves[static_cast<std::size_t>(nm - 320)][1], 100 * std::pow(10, -0.3),
+                    0.05)
+            << nm;
+    ASSERT_TRUE(s.scan(3));
+    EXPECT_EQ(spectrum.curve_count, 2) << "overlay on keeps the first curve";
+    EXPECT_EQ(spectrum.curve_state[2], 2);
+
+    // Overlay off: each Read replaces curve 1.
+    spectrum_setup.overlay_screen = 0;
+    ASSERT_TRUE(s.scan(3));
+    ASSERT_TRUE(s.scan(3));
+    EXPECT_EQ(spectrum.curve_count, 1);
+}
+
+TEST(SpectrumScan, TheTwentyFirstReadStartsAgainFromAnEmptyWindow) {
+    spectrum_rig s;
+    s.set_range(600, 620, false);
+    ASSERT_TRUE(s.scan(2));
+    for (int i = 0; i < 20; ++i)
+        ASSERT_TRUE(s.scan(3)) << i;
+    EXPECT_EQ(spectrum.curve_count, 20);
+    ASSERT_TRUE(s.scan(3));
+    EXPECT_EQ(spectrum.curve_count, 1);
+    EXPECT_NE(shared.baseline_curves[600 - 320][0], 0.0) << "the baseline survives the clearing";
+}

@@ -1,0 +1,271 @@
+// Painting curves: the surface's pixel grid, the axes, draw_data in both of its ways against a
+// plainly written layout, clipping colours, and the whole redraw with its gaps and active curve.
+#include "link/shared_state.h"
+#include "platform/prompts.h"
+#include "plot/curve_drawing.h"
+#include "plot/palette.h"
+#include "plot/plot_scaling.h"
+#include "plot/plot_surface.h"
+
+#include <QDir>
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+using namespace lumora;
+
+namespace {
+
+// Curves by the nanometre in the columns of baseline_curves: seeded random walks, and a
+// holmium-like filter (narrow bands at the certified positions on a sloping background).
+double& stored(int nm, int column) {
+    return shared
+        .baseline_curves[static_cast<std::size_t>(nm - first_index_nm)][static_cast<std::size_t>(column)];
+}
+
+void fill_random_walk(int column, unsigned seed) {
+    std::mt19937 gen(seed);
+    std::uniform_real_distribution<double> step(-0.08, 0.08);
+    double v = 1.5;
+    for (int nm = first_index_nm; nm < first_index_nm + wavelength_points; ++nm)
+        stored(nm, column) = v = std::clamp(v + step(gen), 0.2, 2.8);
+}
+
+void fill_holmium(int column, double offset) {
+    static constexpr double bands[][3] = {{333.5, 0.55, 3.0}, {361.0, 0.95, 2.5}, {385.8, 0.75, 3.5},
+                                          {418.7, 0.85, 3.0}, {445.8, 0.30, 4.0}, {453.2, 0.70, 2.5},
+                                          {460.0, 0.50, 2.0}, {536.2, 0.65, 4.5}, {637.5, 0.45, 4.0}};
+    for (int nm = first_index_nm; nm < first_index_nm + wavelength_points; ++nm) {
+        double a = 0.15 + offset + 0.1 * (800.0 - nm) / 470.0;
+        for (const auto& b : bands)
+            a += b[1] * std::exp(-0.5 * std::pow((nm - b[0]) / b[2], 2));
+        stored(nm, column) = a;
+    }
+}
+
+// The layout of a whole curve as the drawing rules read, written out plainly.
+std::array<double, plot_columns> expected_layout(int column, int start, int stop) {
+    std::array<double, plot_columns> sc{};
+    const int span = stop - start;
+    if (span >= 280) {
+        for (int c = 0; c <= 280; ++c)
+            sc[static_cast<std::size_t>(c)] =
+                stored(static_cast<int>(std::nearbyint(span / 280.0 * c)) + start, column);
+        return sc;
+    }
+    const double f = 280.0 / span;
+    for (int n = 0; n <= span; ++n) {
+        const int p1 = static_cast<int>(std::nearbyint(n * f)),
+                  p2 = static_cast<int>(std::nearbyint((n + 1) * f));
+        const double a = stored(start + n, column), b = stored(start + n + 1, column);
+        for (int k = 0; k <= p2 - p1 && p1 + k <= 280; ++k)
+            sc[static_cast<std::size_t>(p1 + k)] = k * ((b - a) / (p2 - p1)) + a;
+    }
+    return sc;
+}
+
+struct drawing_fixture : ::testing::Test {
+    plot_surface surface{QSize(400, 520)};
+    plot_view view;
+    void SetUp() override {
+        reset_shared_state();
+        set_default_colors();
+        reset_pixel_warnings();
+        prompts::script();
+    }
+    void TearDown() override { prompts::unscript(); }
+    void set_view(int start, int stop, double high, double low) { init_view(view, start, stop, high, low); }
+
+    // Every column's point lies on the painted line, and a column holds paint only between the
+    // rows of its neighbours: nothing strays off the curve.
+    void expect_curve_pixels(const QColor& color) {
+        for (int c = 0; c <= 280; ++c) {
+            const int y =
+                y_to_pixel(view.screen_curve[static_cast<std::size_t>(c)], view.view_high, view.view_low);
+            ASSERT_EQ(surface.logical_pixel(60 + c, y), color) << "column " << c;
+            int lo = y, hi = y;
+            for (int d : {c - 1, c + 1}) {
+                if (d < 0 || d > 280) continue;
+                const int yd =
+                    y_to_pixel(view.screen_curve[static_cast<std::size_t>(d)], view.view_high, view.view_low);
+                lo = std::min(lo, yd);
+                hi = std::max(hi, yd);
+            }
+            for (int row = 21; row < 300; ++row) {
+                if (row < lo || row > hi) {
+                    ASSERT_EQ(surface.logical_pixel(60 + c, row), plot_interior()) << c << "," << row;
+                }
+            }
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(drawing_fixture, OneLogicalPixelIsExactlyTwoByTwoDevicePixels) {
+    const auto painted = [this](const QColor& color) {
+        QRect r;
+        int n = 0;
+        for (int y = 0; y < surface.image().height(); ++y)
+            for (int x = 0; x < surface.image().width(); ++x)
+                if (surface.image().pixelColor(x, y) == color) {
+                    r |= QRect(x, y, 1, 1);
+                    ++n;
+                }
+        return std::pair{r, n};
+    };
+    surface.clear(Qt::white);
+    surface.line(10, 20, 30, 20, Qt::black);
+    surface.line(5, 40, 5, 50, Qt::red);
+    surface.filled_box(QRect(QPoint(100, 100), QPoint(102, 101)), Qt::blue);
+    ASSERT_EQ(surface.image().size(), QSize(800, 1040));
+    EXPECT_EQ(painted(Qt::black), std::pair(QRect(QPoint(20, 40), QPoint(61, 41)), 42 * 2));
+    EXPECT_EQ(painted(Qt::red), std::pair(QRect(QPoint(10, 80), QPoint(11, 101)), 2 * 22));
+    EXPECT_EQ(painted(Qt::blue), std::pair(QRect(QPoint(200, 200), QPoint(205, 203)), 6 * 4));
+}
+
+TEST_F(drawing_fixture, AxesDrawTheSunkenFrameTicksAndAlignedLabels) {
+    set_view(400, 800, 3.0, 0.0);
+    draw_axes(surface, view, spectrum_axes(false));
+    const QColor black(Qt::black), white(Qt::white);
+    EXPECT_EQ(surface.logical_pixel(200, 20), black);
+    EXPECT_EQ(surface.logical_pixel(59, 150), black);
+    EXPECT_EQ(surface.logical_pixel(200, 300), white);
+    EXPECT_EQ(surface.logical_pixel(341, 150), white);
+    EXPECT_EQ(surface.logical_pixel(340, 299), plot_interior());
+    for (int i = 0; i < 41; ++i) {
+        const int x = 60 + 7 * i, y = 20 + 7 * i;
+        const int bottom_end = i % 8 == 0 ? 310 : 305, left_end = i % 8 == 0 ? 50 : 55;
+        ASSERT_EQ(surface.logical_pixel(x, bottom_end), black) << i;
+        ASSERT_EQ(surface.logical_pixel(x + 1, bottom_end), white) << i;
+        ASSERT_EQ(surface.logical_pixel(x, bottom_end + 1), plot_background()) << i;
+        ASSERT_EQ(surface.logical_pixel(left_end, y), black) << i;
+        ASSERT_EQ(surface.logical_pixel(left_end, y + 1), white) << i;
+        ASSERT_EQ(surface.logical_pixel(left_end - 1, y), plot_background()) << i;
+    }
+    // Y labels end at column 45: ink left of it in each label's rows, none in 46..49.
+    for (int i = 0; i <= 5; ++i) {
+        int ink_left = 0, ink_right = 0;
+        for (int row = 56 * i + 14; row < 56 * i + 14 + surface.text_height(); ++row)
+            for (int col = 20; col <= 49; ++col)
+                (col <= 45 ? ink_left : ink_right) += surface.logical_pixel(col, row).lightness() < 100;
+        EXPECT_GT(ink_left, 0) << "label " << i;
+        EXPECT_EQ(ink_right, 0) << "label " << i;
+    }
+}
+
+TEST_F(drawing_fixture, ScanPaintingMatchesTheWholeLayoutInBothWaysAndResumesWhereItStopped) {
+    // 400 and exactly 280 nm take the first way (a column a step), 100 nm the second.
+    for (const auto& [start, stop] : {std::pair{400, 800}, std::pair{400, 680}, std::pair{450, 550}}) {
+        SCOPED_TRACE(stop - start);
+        fill_random_walk(1, static_cast<unsigned>(start + stop));
+        set_view(start, stop, 3.0, 0.0);
+        draw_axes(surface, view, spectrum_axes(false));
+        const int span = stop - start;
+        for (int last = start - 10; last <= stop + 10; ++last) {
+            draw_data(surface, view, baseline_curve(1, last));
+            if (span >= 280) {
+                int reached = 0;
+                while (reached <= 280 && std::nearbyint(span / 280.0 * reached) + start <= last)
+                    ++reached;
+                ASSERT_EQ(view.plot_column, reached) << "after " << last;
+                ASSERT_EQ(view.draw_position, 0);
+            } else {
+                // Three points are held back: nanometre n is painted once n + start <= last - 2.
+                const int painted = std::clamp(last - 2 - start + 1, 0, span);
+                ASSERT_EQ(view.draw_position, painted) << "after " << last;
+            }
+        }
+        EXPECT_EQ(view.screen_curve, expected_layout(1, start, stop));
+        expect_curve_pixels(curve_color(1));
+        // The whole redraw lays the same curve out the same way.
+        const auto scanned = view.screen_curve;
+        zoom_data(surface, view, spectrum_axes(false), {baseline_curve(1)}, 0);
+        EXPECT_EQ(view.screen_curve, scanned);
+    }
+}
+
+TEST_F(drawing_fixture, ATwoNanometreSpanIsTwoStraightSegmentsOf140Columns) {
+    stored(500, 3) = 1.0;
+    stored(501, 3) = 2.0;
+    stored(502, 3) = 1.5;
+    set_view(500, 502, 3.0, 0.0);
+    draw_axes(surface, view, spectrum_axes(false));
+    draw_data(surface, view, baseline_curve(3));
+    EXPECT_DOUBLE_EQ(view.screen_curve[0], 1.0);
+    EXPECT_DOUBLE_EQ(view.screen_curve[70], 1.5);
+    EXPECT_DOUBLE_EQ(view.screen_curve[140], 2.0);
+    EXPECT_DOUBLE_EQ(view.screen_curve[210], 1.75);
+    EXPECT_DOUBLE_EQ(view.screen_curve[280], 1.5);
+    expect_curve_pixels(curve_color(3));
+}
+
+TEST_F(drawing_fixture, ClippedStretchesAreBlackOnTheTopRowAndWhiteOnTheBottomRow) {
+    for (int nm = 400; nm <= 700; ++nm)
+        stored(nm, 1) = nm < 450 ? 2.0 : nm < 500 ? 0.5 : nm < 550 ? -1.0 : 0.5;
+    set_view(400, 680, 1.0, 0.0);
+    surface.clear(Qt::gray); // no frame: the clipped lines themselves must carry the colour
+    draw_data(surface, view, baseline_curve(1));
+    EXPECT_EQ(surface.logical_pixel(60 + 20, 20), QColor(Qt::black));
+    EXPECT_EQ(surface.logical_pixel(60 + 120, 300), QColor(Qt::white));
+    EXPECT_EQ(surface.logical_pixel(60 + 75, 160), curve_color(1));
+    EXPECT_EQ(surface.logical_pixel(60 + 20, 21), QColor(Qt::gray));
+    EXPECT_EQ(surface.logical_pixel(60 + 100, 295), curve_color(1)) << "the step down keeps the colour";
+}
+
+TEST_F(drawing_fixture, RedrawLeavesGapsAfterZerosAndKeepsTheActiveCurve) {
+    for (int nm = 330; nm <= 1100; ++nm) {
+        stored(nm, 1) = 1.0;
+        stored(nm, 2) = 2.0;
+    }
+    stored(500, 1) = 0.0;
+    set_view(400, 680, 3.0, 0.0);
+    zoom_data(surface, view, spectrum_axes(false), {baseline_curve(1), baseline_curve(2)}, 0);
+    for (int c = 0; c <= 280; ++c)
+        ASSERT_EQ(view.screen_curve[static_cast<std::size_t>(c)], c == 100 ? 0.0 : 1.0) << c;
+    const int y1 = y_to_pixel(1.0, 3.0, 0.0);
+    // The line down into the zero at column 100 is drawn, the one out of it is not.
+    EXPECT_EQ(surface.logical_pixel(60 + 100, 299), curve_color(1));
+    for (int row = y1 + 2; row < 299; ++row)
+        ASSERT_EQ(surface.logical_pixel(60 + 101, row), plot_interior()) << row;
+    EXPECT_EQ(surface.logical_pixel(60 + 101, y1), curve_color(1));
+    EXPECT_EQ(surface.logical_pixel(60 + 200, y_to_pixel(2.0, 3.0, 0.0)), curve_color(2));
+
+    zoom_data(surface, view, spectrum_axes(false), {baseline_curve(1), baseline_curve(2)}, -1);
+    EXPECT_EQ(view.screen_curve, (std::array<double, plot_columns>{}));
+    // No curves: frame and labels alone.
+    zoom_data(surface, view, spectrum_axes(false), {}, -1);
+    EXPECT_EQ(surface.logical_pixel(60 + 200, y_to_pixel(2.0, 3.0, 0.0)), plot_interior());
+}
+
+// Twenty holmium-like curves at full range and one zoomed on the 453/460 nm pair. With
+// LUMORA_PLOT_PNG_DIR set, the views are saved there as plot_*.png for a look by eye.
+TEST_F(drawing_fixture, HolmiumLikeCurveSetShowsEveryCurveInItsColour) {
+    for (int s = 1; s <= 20; ++s)
+        fill_holmium(s, 0.1 * (s - 1));
+    std::vector<curve_data> curves;
+    for (int s = 1; s <= 20; ++s)
+        curves.push_back(baseline_curve(s));
+    const QString dir = qEnvironmentVariable("LUMORA_PLOT_PNG_DIR");
+    const auto count_colours = [&] {
+        std::set<QRgb> seen;
+        for (int y = 40; y <= 600; ++y)
+            for (int x = 120; x <= 680; ++x)
+                seen.insert(surface.image().pixel(x, y));
+        return std::count_if(curves.begin(), curves.end(),
+                             [&](auto& c) { return seen.count(c.color.rgb()); });
+    };
+
+    set_view(330, 800, 3.0, 0.0);
+    zoom_data(surface, view, spectrum_axes(false), curves, 19);
+    EXPECT_EQ(count_colours(), 20);
+    EXPECT_DOUBLE_EQ(view.screen_curve[0], stored(330, 20));
+    if (!dir.isEmpty()) surface.grab_view().save(QDir(dir).filePath(QStringLiteral("plot_holmium_full.png")));
+
+    set_view(440, 470, 3.2, 1.8);
+    zoom_data(surface, view, spectrum_axes(false), curves, 9);
+    EXPECT_GE(count_colours(), 10);
+    if (!dir.isEmpty()) surface.grab_view().save(QDir(dir).filePath(QStringLiteral("plot_holmium_zoom.png")));
+}
