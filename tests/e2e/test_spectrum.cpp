@@ -6,6 +6,8 @@
 #include "functions/spectrum/spectrum_data.h"
 #include "functions/spectrum/spectrum_setup.h"
 #include "link/frmPortSet.h"
+#include "plot/plot_surface.h"
+#include "plot/zoom.h"
 #include "sim_rig.h"
 
 #include <QAction>
@@ -59,6 +61,15 @@ struct spectrum_rig {
     }
 };
 
+// With LUMORA_SHOT_DIR set, keeps pictures of the window and its plot for a look by eye.
+void keep_picture(frmSpectrum& window, const char* name) {
+    const QString dir = qEnvironmentVariable("LUMORA_SHOT_DIR");
+    if (dir.isEmpty()) return;
+    window.resize(760, 900);
+    window.grab().save(dir + "/" + name + "_window.png");
+    window.picSpectrum().grab_view().save(dir + "/" + name + "_plot.png");
+}
+
 } // namespace
 
 TEST(SpectrumScan, HolmiumAbsorbanceMatchesTheModelAtEveryNanometre) {
@@ -93,6 +104,15 @@ TEST(SpectrumScan, HolmiumAbsorbanceMatchesTheModelAtEveryNanometre) {
     EXPECT_EQ(shared.lambda_now, 700.0);
     EXPECT_EQ(s.rig.panel(1), QStringLiteral("700nm"));
     EXPECT_EQ(spectrum.active_curve, 0);
+    keep_picture(*s.window, "holmium");
+
+    // A rubber band over 440..480 nm zooms the view there.
+    spectrum.view.zoom_rect = QRect(QPoint(60 + 37, 40), QPoint(60 + 75, 250));
+    zoom_cursor(spectrum.view, false);
+    s.window->zoom_data();
+    EXPECT_GE(spectrum.view.view_start, 438);
+    EXPECT_LE(spectrum.view.view_stop, 482);
+    keep_picture(*s.window, "holmium_zoomed");
 }
 
 TEST(SpectrumScan, PercentTOfANeutralFilterAndTheCurveBookkeepingOfOverlay) {
@@ -120,9 +140,13 @@ TEST(SpectrumScan, TheTwentyFirstReadStartsAgainFromAnEmptyWindow) {
     spectrum_rig s;
     s.set_range(600, 620, false);
     ASSERT_TRUE(s.scan(2));
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
+        s.rig.instrument.control("sample neutral:" + std::to_string(0.07 * (i + 1)));
         ASSERT_TRUE(s.scan(3)) << i;
+    }
+    EXPECT_NEAR(shared.baseline_curves[610 - 320][20], 1.4, 0.002);
     EXPECT_EQ(spectrum.curve_count, 20);
+    keep_picture(*s.window, "twenty");
     ASSERT_TRUE(s.scan(3));
     EXPECT_EQ(spectrum.curve_count, 1);
     EXPECT_NE(shared.baseline_curves[600 - 320][0], 0.0) << "the baseline survives the clearing";

@@ -48,7 +48,8 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
     const char* captions[3] = {"Track data", "Peak data", "Valley data"};
     const char* names[3] = {"fgdTrack", "fgdPeak", "fgdValley"};
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(scroll_, 3);
+    layout->addWidget(scroll_, 5);
+    scroll_->setMinimumHeight(240);
     layout->addWidget(labels_[0]);
     layout->addWidget(labels_[1]);
     layout->addWidget(tabs_);
