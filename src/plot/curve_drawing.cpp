@@ -55,39 +55,54 @@ void draw_labels(plot_surface& s, const plot_view& v, const axes_text& text) {
 
 // ---- Curves -----------------------------------------------------------------------------------
 
+// Where a layout goes: the column values it fills, and the rows of a value in its plot window
+// (the upper plot, or the derivative window below it).
+struct layout_target {
+    std::array<double, plot_columns>& values;
+    int (*row_of)(double value, double high, double low);
+    double high, low;
+    int top, bottom; // a line along either edge takes the edge's colour
+};
+
 struct layout_rules {
     bool wait_for_data;  // a scan in progress: stop where the data end
     bool gap_after_zero; // the redraw: no line from a column whose value is exactly 0
 };
 
+layout_target upper_plot(plot_view& v) {
+    return {v.screen_curve, y_to_pixel, v.view_high, v.view_low, plot_top, plot_bottom};
+}
+
 // The line that joins column c - 1 to column c.
-void join(plot_surface& s, const plot_view& v, int c, const QColor& color, const layout_rules& rules) {
+void join(plot_surface& s, const layout_target& t, int c, const QColor& color, const layout_rules& rules) {
     if (c <= 0) return;
-    const double from = v.screen_curve[static_cast<std::size_t>(c - 1)];
+    const double from = t.values[static_cast<std::size_t>(c - 1)];
     if (rules.gap_after_zero && from == 0) return;
-    const int y1 = y_to_pixel(from, v.view_high, v.view_low);
-    const int y2 = y_to_pixel(v.screen_curve[static_cast<std::size_t>(c)], v.view_high, v.view_low);
+    const int y1 = t.row_of(from, t.high, t.low);
+    const int y2 = t.row_of(t.values[static_cast<std::size_t>(c)], t.high, t.low);
     QColor pen = color;
-    if (y1 == plot_top && y2 == plot_top) pen = Qt::black;
-    if (y1 == plot_bottom && y2 == plot_bottom) pen = Qt::white;
+    if (y1 == t.top && y2 == t.top) pen = Qt::black;
+    if (y1 == t.bottom && y2 == t.bottom) pen = Qt::white;
     s.line(c + plot_left - 1, y1, c + plot_left, y2, pen);
 }
 
 // Span of 280 or more: one stored point per column, the nearest to the column's position.
-void lay_out_by_column(plot_surface& s, plot_view& v, const curve_data& curve, const layout_rules& rules) {
+void lay_out_by_column(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
+                       const layout_rules& rules) {
     const double per_column = v.view_span / 280.0;
     for (int c = v.plot_column; c <= 280; ++c) {
         const int w = cint(per_column * c) + v.view_start;
         if (rules.wait_for_data && w > curve.last_stored_x) return;
-        if (w >= curve.first_valid_x) v.screen_curve[static_cast<std::size_t>(c)] = curve.value_at(w);
-        join(s, v, c, curve.color, rules);
+        if (w >= curve.first_valid_x) t.values[static_cast<std::size_t>(c)] = curve.value_at(w);
+        join(s, t, c, curve.color, rules);
         v.plot_column = static_cast<std::int16_t>(c + 1);
     }
 }
 
 // Span under 280: each nanometre spreads over several columns, filled by a straight line between
 // the stored points at its two ends.
-void lay_out_by_point(plot_surface& s, plot_view& v, const curve_data& curve, const layout_rules& rules) {
+void lay_out_by_point(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
+                      const layout_rules& rules) {
     const double f = 280.0 / v.view_span;
     for (;;) {
         const double n = v.draw_position;
@@ -104,19 +119,20 @@ void lay_out_by_point(plot_surface& s, plot_view& v, const curve_data& curve, co
         for (int k = 0; k <= width; ++k) {
             const int c = p1 + k;
             if (c > 280) return;
-            v.screen_curve[static_cast<std::size_t>(c)] = k * slope + a;
-            join(s, v, c, curve.color, rules);
+            t.values[static_cast<std::size_t>(c)] = k * slope + a;
+            join(s, t, c, curve.color, rules);
         }
         v.draw_position = n + 1;
     }
 }
 
-void lay_out(plot_surface& s, plot_view& v, const curve_data& curve, const layout_rules& rules) {
+void lay_out(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
+             const layout_rules& rules) {
     if (v.view_span <= 0) return; // no range to spread over the columns
     if (v.view_span >= 280)
-        lay_out_by_column(s, v, curve, rules);
+        lay_out_by_column(s, v, t, curve, rules);
     else
-        lay_out_by_point(s, v, curve, rules);
+        lay_out_by_point(s, v, t, curve, rules);
 }
 
 } // namespace
@@ -153,7 +169,7 @@ curve_data baseline_curve(int column, int last_stored_nm) {
 
 void draw_data(plot_surface& surface, plot_view& view, const curve_data& curve) {
     plot_surface::batch batch(surface);
-    lay_out(surface, view, curve, {true, false});
+    lay_out(surface, view, upper_plot(view), curve, {true, false});
 }
 
 void zoom_data(plot_surface& surface, plot_view& view, const axes_text& text,
@@ -165,10 +181,60 @@ void zoom_data(plot_surface& surface, plot_view& view, const axes_text& text,
     for (std::size_t i = 0; i < curves.size(); ++i) {
         view.plot_column = 0;
         view.draw_position = 0;
-        lay_out(surface, view, curves[i], {false, true});
+        lay_out(surface, view, upper_plot(view), curves[i], {false, true});
         if (static_cast<int>(i) == active_index) active = view.screen_curve;
     }
     view.screen_curve = active;
+}
+
+void draw_derivative_window(plot_surface& surface, const plot_view& view, const derivative_axes& axes,
+                            const axes_text& x_text) {
+    plot_surface::batch batch(surface);
+    const QColor black(Qt::black), white(Qt::white);
+    surface.filled_box(
+        QRect(QPoint(plot_left, derivative_top + 1), QPoint(plot_right, derivative_bottom - 1)),
+        plot_interior());
+    surface.line(plot_left - 1, derivative_top, plot_right, derivative_top, black);
+    surface.line(plot_left - 1, derivative_top, plot_left - 1, derivative_bottom - 1, black);
+    surface.line(plot_left - 1, derivative_bottom, plot_right + 1, derivative_bottom, white);
+    surface.line(plot_right + 1, derivative_top, plot_right + 1, derivative_bottom, white);
+    for (int i = 0; i < tick_count; ++i) {
+        const int x = plot_left + tick_pitch * i;
+        const int end = i % 8 == 0 ? derivative_bottom + 10 : derivative_bottom + 5;
+        surface.line(x, derivative_bottom + 1, x, end, black);
+        surface.line(x + 1, derivative_bottom + 1, x + 1, end, white);
+    }
+    for (int i = 0; i < 21; ++i) {
+        const int y = derivative_top + tick_pitch * i;
+        const int end = i % 4 == 0 ? 50 : 55;
+        surface.line(plot_left - 2, y, end, y, black);
+        surface.line(plot_left - 2, y + 1, end, y + 1, white);
+    }
+    static const char* const titles[4] = {"1st Derivative", "2nd Derivative", "3rd Derivative",
+                                          "4th Derivative"};
+    if (axes.order >= 1 && axes.order <= 4)
+        surface.text(60, 335, QString::fromLatin1(titles[axes.order - 1]));
+    surface.text(45, 360, axes.y_caption, text_align::right);
+    for (int i = 0; i <= 5; ++i) {
+        const double y = axes.high - i * (axes.high - axes.low) / 5;
+        surface.text(45, 28 * i + 344, QString::fromStdString(format_number(y, axes.y_format)),
+                     text_align::right);
+        double x = view.view_start + 56 * i * view.view_nm_per_pixel;
+        if (x_text.round_x_labels) x = cint(x);
+        surface.text(56 * i + 60, 500, QString::fromStdString(format_number(x, x_text.x_format)),
+                     text_align::center);
+    }
+}
+
+void draw_derivative_curve(plot_surface& surface, const plot_view& view, const curve_data& curve,
+                           std::array<double, plot_columns>& screen_derivative, double high, double low) {
+    plot_surface::batch batch(surface);
+    plot_view positions = view; // the layout's own running column, apart from the upper plot's
+    positions.plot_column = 0;
+    positions.draw_position = 0;
+    const layout_target target{screen_derivative, DerivateGetPixelY, high, low,
+                               derivative_top,    derivative_bottom};
+    lay_out(surface, positions, target, curve, {false, false});
 }
 
 } // namespace lumora

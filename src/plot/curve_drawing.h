@@ -63,4 +63,25 @@ void draw_data(plot_surface& surface, plot_view& view, const curve_data& curve);
 void zoom_data(plot_surface& surface, plot_view& view, const axes_text& text,
                const std::vector<curve_data>& curves, int active_index);
 
+// ---- The derivative window below the plot (rows 350..490, the same columns) ----
+
+constexpr int derivative_top = 350, derivative_bottom = 490;
+
+struct derivative_axes {
+    int order = 1;            // 1..4: the title "1st Derivative" .. "4th Derivative"
+    double high = 0, low = 0; // its Y range
+    QString y_caption;        // "(ABS)" or "(%T)"
+    const char* y_format;     // "#0.0000" in ABS, "#0.000" in %T
+};
+
+// The lower plot's frame (top and left black, bottom and right white), 41 ticks at the bottom and
+// 21 on the left at 7 pixel pitch, the title at (60, 335), the Y caption at row 360, six Y labels at
+// rows 28 i + 344 and six X labels at row 500 as in the upper plot.
+void draw_derivative_window(plot_surface& surface, const plot_view& view, const derivative_axes& axes,
+                            const axes_text& x_text);
+// The derivative laid out over the columns by the two ways of draw_data (without waiting for data)
+// into `screen_derivative`, drawn with DerivateGetPixelY: black along row 350, white along row 490.
+void draw_derivative_curve(plot_surface& surface, const plot_view& view, const curve_data& curve,
+                           std::array<double, plot_columns>& screen_derivative, double high, double low);
+
 } // namespace lumora

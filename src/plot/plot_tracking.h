@@ -8,6 +8,7 @@
 // so the time-based windows can use it with their own captions.
 #include "plot_view.h"
 
+#include "processing/peak_search.h"
 #include <QObject>
 #include <QPoint>
 #include <QString>
@@ -23,12 +24,9 @@ namespace lumora {
 class grid;
 class plot_surface;
 
-// A table row's record: flag -1 the row is selected and goes to the report, 0 it is not; column
-// is the plot column 0..280, row the Y pixel from y_to_pixel (DerivateGetPixelY for a
-// derivative point).
-struct mark {
-    std::int16_t flag = 0, column = 0, row = 0;
-};
+// A table row's record (flag -1 selected, the plot column 0..280, the Y pixel), shared with the
+// peak and valley marks.
+using mark = processing::mark;
 
 constexpr int track_limit = 100;
 
@@ -59,7 +57,7 @@ struct tracking_config {
     QString cell_suffix;                   // after the value in the table
     bool number_first = false;             // row label "1  V" rather than "  V1"
     QStringList heads{QStringLiteral("No."), QStringLiteral("Lambda"), QStringLiteral("Value")};
-    QString derivative_head = QStringLiteral("D_Value");
+    QString derivative_head = QStringLiteral("D-Value");
     QString input_prompt = QStringLiteral("Input the wavelength(nm):\nExample:450.0");
     QString input_title = QStringLiteral("Lumora");
 };

@@ -10,11 +10,15 @@
 #include "plot/dlgZoom.h"
 #include "plot/frmColor.h"
 #include "plot/palette.h"
+#include "plot/plot_scaling.h"
 #include "plot/plot_surface.h"
 #include "plot/plot_tracking.h"
 #include "plot/zoom.h"
+#include "processing/kernels.h"
+#include "processing/peak_search.h"
 #include "spectrum_data.h"
 #include "spectrum_setup.h"
+#include "spectrum_tools.h"
 
 #include <QLabel>
 #include <QScrollArea>
@@ -67,6 +71,9 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
         layout->addWidget(frame, 2);
     }
     connect(tabs_, &QTabBar::currentChanged, this, &frmSpectrum::show_table);
+    for (int i = 0; i < 3; ++i)
+        connect(tables_[static_cast<std::size_t>(i)], &QTableWidget::cellClicked, this,
+                [this, i](int row, int) { table_row_click(i, row); });
 
     tracking_ = new plot_tracking(*surface_, spectrum.view, *tables_[0], *labels_[0], *labels_[1],
                                   spectrum.tracks, spectrum_tracking(spectrum_setup.percent_t()), this);
@@ -74,6 +81,14 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
     tracking_->hooks.zoom = [this] {
         zoom_cursor(spectrum.view, spectrum_setup.percent_t());
         zoom_data();
+    };
+    tracking_->hooks.derivative = [] {
+        derivative_display d;
+        d.order = spectrum.derivative_order;
+        d.screen_derivative = &spectrum.screen_derivative;
+        d.high = spectrum.derivative_high;
+        d.low = spectrum.derivative_low;
+        return d;
     };
     connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
     connect(surface_, &plot_surface::mouse_moved, tracking_,
@@ -101,6 +116,14 @@ frmSpectrum::~frmSpectrum() {
     tracking_->hooks.zoom = [this] {
         zoom_cursor(spectrum.view, spectrum_setup.percent_t());
         zoom_data();
+    };
+    tracking_->hooks.derivative = [] {
+        derivative_display d;
+        d.order = spectrum.derivative_order;
+        d.screen_derivative = &spectrum.screen_derivative;
+        d.high = spectrum.derivative_high;
+        d.low = spectrum.derivative_low;
+        return d;
     };
     connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
     connect(surface_, &plot_surface::mouse_moved, tracking_,
@@ -175,6 +198,8 @@ void frmSpectrum::zoom_data() {
         curves.push_back(baseline_curve(s));
     }
     lumora::zoom_data(*surface_, spectrum.view, axes(), curves, active);
+    // The derivative window follows the view of the plot above it.
+    if (spectrum.derivative_order >= 1) DerivateDrawData();
     tracking_->set_config(spectrum_tracking(spectrum_setup.percent_t()));
     tracking_->reset_readout(spectrum_setup.start_lambda);
     init_data_area();
@@ -309,7 +334,8 @@ void frmSpectrum::finish_scan() {
         zoom_auto(spectrum.view, s.percent_t());
         zoom_data();
     }
-    // The peak and valley searches of auto_peak and auto_valley come with the peak search.
+    if (s.auto_peak == 1) search_peak();
+    if (s.auto_valley == 1) search_valley();
     shared.lambda_now = s.stop_lambda;
     shared.measure_mode = mm_lambda_panel;
     set_track(true);
@@ -346,6 +372,37 @@ void frmSpectrum::run(toolbar_routine routine) {
             zoom_data();
             spectrum.view.zoomed = false;
             break;
+        case toolbar_routine::peak:
+            search_peak();
+            search_valley();
+            break;
+        case toolbar_routine::smooth: {
+            auto* dlg = new frmPopup([this](int points) { smooth(points); }, window());
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
+        case toolbar_routine::derivative: {
+            auto* dlg = new frmDerv([this](int order) { derivative(order); }, window());
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
+        case toolbar_routine::scan_add: {
+            auto* dlg = new frmAdvance(
+                [this] {
+                    zoom_data();
+                    zoom_auto(spectrum.view, spectrum_setup.percent_t());
+                    zoom_data();
+                },
+                window());
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
         case toolbar_routine::zoom_dialog: {
             auto* dlg = new dlgZoom(
                 spectrum.view,
@@ -373,6 +430,150 @@ void frmSpectrum::run(toolbar_routine routine) {
         }
     } catch (const run_fault&) {
     }
+}
+
+// ---- Peak and valley search ----
+
+namespace {
+
+processing::search_setup search_parameters() {
+    processing::search_setup p;
+    p.threshold = processing::search_threshold(spectrum_setup.percent_t());
+    p.half_width = processing::search_half_width(spectrum_setup.start_lambda, spectrum_setup.stop_lambda);
+    p.view_start = spectrum.view.view_start;
+    p.view_span = spectrum.view.view_span;
+    const double high = spectrum.view.view_high, low = spectrum.view.view_low;
+    p.row_of = [high, low](double value) { return y_to_pixel(value, high, low); };
+    return p;
+}
+
+// Boxes on the plot and rows in the table, as the search found them.
+std::int16_t show_finds(plot_surface& surface, grid& table, const processing::search_result& r, int color) {
+    table.Clear();
+    table.setRows(1);
+    table.setTextMatrix(0, 0, QStringLiteral("No."));
+    table.setTextMatrix(0, 1, QStringLiteral("Lambda"));
+    table.setTextMatrix(0, 2, QStringLiteral("Value"));
+    const char* value_format = spectrum_setup.percent_t() ? "#0.000" : "#0.0000";
+    for (int k = 0; k < r.boxes; ++k) {
+        const auto& f = r.finds[static_cast<std::size_t>(k)];
+        const int x = plot_left + f.column;
+        surface.box(QRect(QPoint(x - 2, f.row - 2), QPoint(x + 2, f.row + 2)), standard_color(color));
+        if (k >= r.count) break;
+        table.AddItem(QStringLiteral("  V%1\t%2\t%3")
+                          .arg(k + 1)
+                          .arg(fmt(f.lambda, "###0.00nm"))
+                          .arg(fmt(f.value, value_format)));
+    }
+    surface.update();
+    return r.count;
+}
+
+} // namespace
+
+void frmSpectrum::search_peak() {
+    const auto r =
+        processing::search_peak(spectrum.view.screen_curve, search_parameters(), spectrum.peak_marks);
+    spectrum.peak_count = show_finds(*surface_, *tables_[1], r, 9);
+}
+
+void frmSpectrum::search_valley() {
+    const auto r =
+        processing::search_valley(spectrum.view.screen_curve, search_parameters(), spectrum.valley_marks);
+    spectrum.valley_count = show_finds(*surface_, *tables_[2], r, 13);
+}
+
+void frmSpectrum::table_row_click(int table, int row) {
+    processing::mark* marks = nullptr;
+    int count = 0;
+    switch (table) {
+    case 0:
+        marks = spectrum.tracks.track_marks.data();
+        count = spectrum.tracks.track_count;
+        break;
+    case 1:
+        marks = spectrum.peak_marks.data();
+        count = spectrum.peak_count;
+        break;
+    case 2:
+        marks = spectrum.valley_marks.data();
+        count = spectrum.valley_count;
+        break;
+    default:
+        return;
+    }
+    if (row < 1 || row > count) return;
+    processing::mark& m = marks[row - 1];
+    m.flag = m.flag == 0 ? -1 : 0;
+    tables_[static_cast<std::size_t>(table)]->setTextMatrix(
+        row, 0, (m.flag ? QStringLiteral("  V") : QStringLiteral("  X")) + QString::number(row));
+}
+
+// ---- Smoothing and derivatives ----
+
+void frmSpectrum::smooth(int points) {
+    const int column = spectrum.active_curve + 1;
+    const bool done = points == 9 ? processing::Smooth9Point(shared.baseline_curves, column,
+                                                             spectrum.scan_first_nm, spectrum.scan_last_nm)
+                                  : processing::Smooth17Point(shared.baseline_curves, column,
+                                                              spectrum.scan_first_nm, spectrum.scan_last_nm);
+    if (done) zoom_data();
+}
+
+void frmSpectrum::derivative(int order) {
+    zoom_data();
+    spectrum.derivative_order = static_cast<std::int16_t>(order);
+    using kernel = bool (*)(const processing::curve_array&, int, int, int, processing::point_array&);
+    static constexpr kernel kernels[4] = {processing::Derivate17Point1st, processing::Derivate17Point2nd,
+                                          processing::Derivate17Point3rd, processing::Derivate17Point4th};
+    if (order < 1 || order > 4) return;
+    if (kernels[order - 1](shared.baseline_curves, spectrum.active_curve + 1, spectrum.scan_first_nm,
+                           spectrum.scan_last_nm, spectrum.derivative_curve))
+        DerivateDrawData();
+}
+
+void frmSpectrum::DerivateDrawData() {
+    const SpectrumSetup& s = spectrum_setup;
+    update_span(spectrum.view);
+    grid& track = *tables_[0];
+    if (track.Cols() < 4) track.setCols(4);
+    track.setColWidth(3, 100);
+    track.setTextMatrix(0, 3, QStringLiteral("D-Value"));
+    // The range over the setup's wavelengths, each extreme starting from the first of them.
+    const int first = cint(s.start_lambda) - first_index_nm, last = cint(s.stop_lambda) - first_index_nm;
+    if (first < 0 || last >= wavelength_points || first > last) return;
+    double largest = spectrum.derivative_curve[static_cast<std::size_t>(first)], smallest = largest;
+    for (int p = first; p <= last; ++p) {
+        largest = std::max(largest, spectrum.derivative_curve[static_cast<std::size_t>(p)]);
+        smallest = std::min(smallest, spectrum.derivative_curve[static_cast<std::size_t>(p)]);
+    }
+    const double least = s.percent_t() ? 0.01 : 0.001;
+    if (largest - smallest < least) {
+        largest += least / 2;
+        smallest -= least / 2;
+    }
+    spectrum.derivative_high = largest + (largest - smallest) / 100;
+    spectrum.derivative_low = smallest - (largest - smallest) / 100;
+
+    derivative_axes d;
+    d.order = spectrum.derivative_order;
+    d.high = spectrum.derivative_high;
+    d.low = spectrum.derivative_low;
+    d.y_caption = s.percent_t() ? QStringLiteral("(%T)") : QStringLiteral("(ABS)");
+    d.y_format = s.percent_t() ? "#0.000" : "#0.0000";
+    draw_derivative_window(*surface_, spectrum.view, d, axes());
+    curve_data curve;
+    curve.value_at = [](int nm) {
+        const int p = nm - first_index_nm;
+        return p < 0 || p >= wavelength_points ? 0.0 : spectrum.derivative_curve[static_cast<std::size_t>(p)];
+    };
+    curve.first_valid_x = first_index_nm;
+    curve.color = curve_color(spectrum.active_curve + 1);
+    draw_derivative_curve(*surface_, spectrum.view, curve, spectrum.screen_derivative,
+                          spectrum.derivative_high, spectrum.derivative_low);
+    labels_[1]->clear();
+    tracking_->set_track(surface_->overlay_visible(0));
+    surface_->update();
 }
 
 } // namespace lumora

@@ -37,6 +37,15 @@ public:
     void stop_ok() {}
     void zoom_data();
     void draw_frame();
+    // Peak and valley search on the active curve as shown; marks on the plot, rows in the tables.
+    void search_peak();
+    void search_valley();
+    // The tool windows' work on the active curve.
+    void smooth(int points);
+    void derivative(int order);
+    void DerivateDrawData();
+    // A click on a table row flips its selection ("  V" selected, "  X" not).
+    void table_row_click(int table, int row);
 
     void run(toolbar_routine routine) override;
     void curve_check() override;

@@ -27,6 +27,13 @@ struct spectrum_data {
     plot_view view;
     track_state tracks; // track_count and the track marks
     std::int16_t peak_count = 0, valley_count = 0;
+    processing::mark_array peak_marks{}, valley_marks{};
+
+    // The last derivative: by point (wavelength p + 320), by plot column, and its window's range.
+    std::array<double, wavelength_points> derivative_curve{};
+    std::array<double, plot_columns> screen_derivative{};
+    std::int16_t derivative_order = 0; // 0 none, 1..4 on show; once set it stays set
+    double derivative_high = 0, derivative_low = 0;
 };
 
 extern spectrum_data spectrum;
