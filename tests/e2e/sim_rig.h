@@ -11,6 +11,7 @@
 #include "store/database.h"
 #include "store/settings_store.h"
 
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <limits>
@@ -130,6 +131,15 @@ public:
         return -1;
     }
     QString panel(int n) const { return window->sbStatusBar().text(n); }
+    // The start-up is over and the live reading runs in panel 2.
+    bool live() const {
+        return shared.function_id == fid_no_function && panel(2).endsWith('A') && panel(6).startsWith("OK.");
+    }
+    // "Port open" in the port dialog, then the start-up until the live reading shows.
+    bool open_port_until_live(double limit = 120) {
+        if (auto* open = window->findChild<QPushButton*>(QStringLiteral("cmdPortOpen"))) open->click();
+        return run_until([this] { return live(); }, limit);
+    }
     const QString& data_folder() const { return data_folder_; }
 
     sim::Instrument instrument;

@@ -13,19 +13,9 @@
 using namespace lumora;
 using lumora::test::sim_rig;
 
-namespace {
-
-void start_live(sim_rig& rig) {
-    rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
-    ASSERT_TRUE(rig.run_until(
-        [&] { return shared.function_id == fid_no_function && rig.panel(6).startsWith("OK."); }, 120));
-}
-
-} // namespace
-
 TEST(LambdaPanel, GotoMovesTheInstrumentAndZeroesOnArrival) {
     sim_rig rig;
-    start_live(rig);
+    ASSERT_TRUE(rig.open_port_until_live());
     rig.instrument.control("sample dye");
     rig.run_for(1.0);
     EXPECT_NE(rig.panel(2), QStringLiteral("0.000A")) << "the dye absorbs at 500 nm";

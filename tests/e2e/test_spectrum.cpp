@@ -1,14 +1,8 @@
 // Spectrum against the simulator: a baseline and sample scans through the whole program, the
 // stored values against the model's absorbance, and the curve bookkeeping of overlay and reset.
-#include "functions/function_window.h"
-#include "functions/spectrum/dlgSpectrum.h"
-#include "functions/spectrum/frmSpectrum.h"
-#include "functions/spectrum/spectrum_data.h"
-#include "functions/spectrum/spectrum_setup.h"
-#include "link/frmPortSet.h"
 #include "plot/plot_surface.h"
 #include "plot/zoom.h"
-#include "sim_rig.h"
+#include "spectrum_rig.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -17,49 +11,9 @@
 #include <gtest/gtest.h>
 
 using namespace lumora;
-using lumora::test::sim_rig;
+using lumora::test::spectrum_rig;
 
 namespace {
-
-struct spectrum_rig {
-    sim_rig rig;
-    frmSpectrum* window = nullptr;
-
-    spectrum_rig() {
-        spectrum_setup = SpectrumSetup{};
-        reset_spectrum_data();
-        rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
-        EXPECT_TRUE(rig.run_until(
-            [&] { return shared.function_id == fid_no_function && rig.panel(6).startsWith("OK."); }, 120));
-        rig.window->menu_action("mnuFuncSpectrum")->trigger();
-        window = qobject_cast<frmSpectrum*>(rig.window->current_function());
-    }
-    dlgSpectrum& setup() { return *qobject_cast<dlgSpectrum*>(rig.window->current_setup_dialog()); }
-    void set_range(int start, int stop, bool percent_t) {
-        dlgSpectrum& dlg = setup();
-        dlg.cmbInst(1)->setEditText(QString::number(stop));
-        dlg.cmbInst_LostFocus(1);
-        dlg.cmbInst(0)->setEditText(QString::number(start));
-        dlg.cmbInst_LostFocus(0);
-        dlg.cmbMeasure()->setCurrentIndex(percent_t ? 1 : 0);
-        dlg.cmbMeasure_Click();
-        if (!percent_t) {
-            dlg.txtInst(4)->setText("1.5");
-            dlg.txtInst_LostFocus(4);
-        }
-        dlg.cmdOk_Click();
-    }
-    // Clicks a toolbar button and runs until the scan has ended and the toolbar is back.
-    bool scan(int button) {
-        rig.window->toolbar_button(button)->trigger();
-        return rig.run_until(
-            [&] {
-                return !rig.window->scan_locked() && shared.measure_mode == mm_lambda_panel &&
-                       rig.window->toolbar_button(3)->isEnabled();
-            },
-            120);
-    }
-};
 
 // With LUMORA_SHOT_DIR set, keeps pictures of the window and its plot for a look by eye.
 void keep_picture(frmSpectrum& window, const char* name) {

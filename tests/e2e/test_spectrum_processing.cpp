@@ -1,65 +1,25 @@
 // Spectrum's processing on a scanned holmium filter: peak and valley search, smoothing and
 // "Original", the second derivative, and the curve arithmetic with its refusal at 20 curves.
-#include "functions/spectrum/dlgSpectrum.h"
-#include "functions/spectrum/frmSpectrum.h"
-#include "functions/spectrum/spectrum_data.h"
-#include "functions/spectrum/spectrum_setup.h"
 #include "functions/spectrum/spectrum_tools.h"
-#include "link/frmPortSet.h"
 #include "platform/grid.h"
 #include "platform/prompts.h"
 #include "plot/plot_surface.h"
-#include "sim_rig.h"
-
-#include <QAction>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <gtest/gtest.h>
+#include "spectrum_rig.h"
 
 using namespace lumora;
-using lumora::test::sim_rig;
+using lumora::test::spectrum_rig;
 
 namespace {
 
 constexpr double holmium_bands[] = {416.3, 451.4, 467.8, 485.2, 536.6, 640.5};
 
-struct holmium_rig {
-    sim_rig rig;
-    frmSpectrum* window = nullptr;
-
+// A holmium filter scanned over 400..700 nm in ABS.
+struct holmium_rig : spectrum_rig {
     holmium_rig() {
-        spectrum_setup = SpectrumSetup{};
-        reset_spectrum_data();
-        rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
-        EXPECT_TRUE(rig.run_until(
-            [&] { return shared.function_id == fid_no_function && rig.panel(6).startsWith("OK."); }, 120));
-        rig.window->menu_action("mnuFuncSpectrum")->trigger();
-        window = qobject_cast<frmSpectrum*>(rig.window->current_function());
-        auto* dlg = qobject_cast<dlgSpectrum*>(rig.window->current_setup_dialog());
-        dlg->cmbInst(1)->setEditText("700");
-        dlg->cmbInst_LostFocus(1);
-        dlg->txtInst(4)->setText("1.2");
-        dlg->txtInst_LostFocus(4);
-        dlg->cmdOk_Click();
+        set_range(400, 700, false, 1.2);
         EXPECT_TRUE(scan(2));
         rig.instrument.control("sample holmium");
         EXPECT_TRUE(scan(3));
-    }
-    bool scan(int button) {
-        rig.window->toolbar_button(button)->trigger();
-        return rig.run_until(
-            [&] {
-                return !rig.window->scan_locked() && shared.measure_mode == mm_lambda_panel &&
-                       rig.window->toolbar_button(3)->isEnabled();
-            },
-            120);
-    }
-    std::vector<double> lambdas(const grid& table, int count) const {
-        std::vector<double> out;
-        for (int r = 1; r <= count; ++r)
-            out.push_back(table.TextMatrix(r, 1).toDouble() + 0 * r);
-        return out;
     }
 };
 

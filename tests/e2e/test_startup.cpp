@@ -24,11 +24,6 @@ void press(QWidget& parent, const char* name) {
     b->click();
 }
 
-bool reading_is_live(const sim_rig& rig) {
-    return shared.function_id == fid_no_function && rig.panel(2).endsWith('A') &&
-           rig.panel(6).startsWith("OK.");
-}
-
 } // namespace
 
 TEST(Startup, FirstRunScansTheBaselineSavesItAndShowsTheLiveReading) {
@@ -43,7 +38,7 @@ TEST(Startup, FirstRunScansTheBaselineSavesItAndShowsTheLiveReading) {
     press(dlg, "cmdPortOpen");
     EXPECT_TRUE(dlg.isHidden());
     EXPECT_EQ(shared.function_id, fid_startup);
-    ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 120)) << rig.panel(6).toStdString();
+    ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120)) << rig.panel(6).toStdString();
 
     // The status bar told every step, in order.
     int at = 0;
@@ -107,7 +102,7 @@ TEST(Startup, SecondStartRestoresPortBaselineAndWavelengthAndMaySkipTheScan) {
         sim_rig rig({}, dir.path());
         rig.window->port_dialog().Option1(2)->click(); // the simulator is found on any "Com n" here
         press(rig.window->port_dialog(), "cmdPortOpen");
-        ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 120));
+        ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
         first_baseline = shared.reference_intensity;
         db_execute("update system set ParaValue='650' where ParaName='Default WL'");
     }
@@ -124,7 +119,7 @@ TEST(Startup, SecondStartRestoresPortBaselineAndWavelengthAndMaySkipTheScan) {
     EXPECT_TRUE(dlg.Check1()->isEnabled());
 
     press(dlg, "cmdPortOpen");
-    ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 60));
+    ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 60));
     EXPECT_EQ(rig.find_write(6, "Baseline scanning..."), -1);
     const std::vector<int> expected{1, 3, 2, 4, 13, 6};
     EXPECT_EQ(rig.commands_received(), expected);
@@ -206,7 +201,7 @@ TEST(StartupFaults, SilentInstrumentGetsTwentyPingsThenSilenceAndNoError) {
 TEST(StartupFaults, GarbageAndShortFramesNeverStopTheProgram) {
     sim_rig rig;
     press(rig.window->port_dialog(), "cmdPortOpen");
-    ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 120));
+    ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
     rig.instrument.control("fault garbage on");
     rig.run_for(10);
     EXPECT_GT(shared.unknown_reply_count, 0) << "garbage first bytes are counted";
@@ -227,7 +222,7 @@ TEST(PortDialog, CloseAndReopenRunsTheSequenceAgainFromConnect) {
     sim_rig rig;
     auto& dlg = rig.window->port_dialog();
     press(dlg, "cmdPortOpen");
-    ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 120));
+    ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
     rig.window->show_port_dialog();
     press(dlg, "cmdPortClose");
     EXPECT_FALSE(rig.window->MSComm1().PortOpen());
@@ -240,7 +235,7 @@ TEST(PortDialog, CloseAndReopenRunsTheSequenceAgainFromConnect) {
 
     rig.instrument.clear_received_log();
     press(dlg, "cmdPortOpen");
-    ASSERT_TRUE(rig.run_until([&] { return reading_is_live(rig); }, 60));
+    ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 60));
     ASSERT_FALSE(rig.commands_received().empty());
     EXPECT_EQ(rig.commands_received().front(), 1);
 }

@@ -110,26 +110,6 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
 }
 
 frmSpectrum::~frmSpectrum() {
-    tracking_ = new plot_tracking(*surface_, spectrum.view, *tables_[0], *labels_[0], *labels_[1],
-                                  spectrum.tracks, spectrum_tracking(spectrum_setup.percent_t()), this);
-    tracking_->hooks.locked = [] { return shared.toolbar_locked; };
-    tracking_->hooks.zoom = [this] {
-        zoom_cursor(spectrum.view, spectrum_setup.percent_t());
-        zoom_data();
-    };
-    tracking_->hooks.derivative = [] {
-        derivative_display d;
-        d.order = spectrum.derivative_order;
-        d.screen_derivative = &spectrum.screen_derivative;
-        d.high = spectrum.derivative_high;
-        d.low = spectrum.derivative_low;
-        return d;
-    };
-    connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
-    connect(surface_, &plot_surface::mouse_moved, tracking_,
-            [this](QPoint p, Qt::MouseButtons) { tracking_->mouse_move(p); });
-    connect(surface_, &plot_surface::mouse_released, tracking_, &plot_tracking::mouse_up);
-
     auto& h = link_ctx.hooks;
     h.spectrum_show_base_line = nullptr;
     h.spectrum_show_data = nullptr;
