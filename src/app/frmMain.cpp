@@ -222,7 +222,10 @@ void frmMain::connect_link() {
     main_hooks.toolbar_enable_for = [this](int id) { toolbar_enable_for(id); };
     h.save_com_port = [] { save_com_port(); };
 
-    connect(port_.get(), &comm_port::OnComm, this, [] { on_comm_event(); });
+    connect(port_.get(), &comm_port::OnComm, this, [this] {
+        quiet_ticks_ = 0;
+        on_comm_event();
+    });
     connect(timer_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
     connect(status_, &status_bar::panel_written, this, [](int n, const QString& t) { trace::panel(n, t); });
     connect(status_, &status_bar::panel_clicked, this, [this](int n) {
@@ -262,6 +265,9 @@ void frmMain::show_port_dialog() {
 
 void frmMain::Timer1_Timer() {
     guarded([] { lumora::Timer1_Timer(); });
+    // A scan end lost on the line must not keep the user locked out for good: after a silence of
+    // three seconds the lock lifts, and the function's Stop is there to get its toolbar back.
+    if (scan_locked_ && ++quiet_ticks_ >= scan_lock_silence_ticks) set_scan_lock(false);
 }
 
 void frmMain::set_toolbar_buttons(bool all, std::initializer_list<int> exceptions, bool status_bar_enabled) {
@@ -304,6 +310,7 @@ void frmMain::unload_form() {
 void frmMain::set_scan_lock(bool locked) {
     // The user is kept away from menus, toolbar and function window while replies go on.
     scan_locked_ = locked;
+    quiet_ticks_ = 0;
     menuBar()->setEnabled(!locked);
     toolbar_->setEnabled(!locked);
     client_->setEnabled(!locked);

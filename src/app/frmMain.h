@@ -107,6 +107,8 @@ private:
     QPointer<QDialog> setup_;
     QPointer<QDialog> system_;
     bool scan_locked_ = false;
+    static constexpr int scan_lock_silence_ticks = 60; // 3 s of Timer1
+    int quiet_ticks_ = 0;                              // ticks since the port last raised its event
 };
 
 } // namespace lumora

@@ -13,7 +13,7 @@ void status_panel::mouseReleaseEvent(QMouseEvent* event) {
 status_bar::status_bar(QWidget* parent) : QStatusBar(parent) {
     setObjectName(QStringLiteral("sbStatusBar"));
     setSizeGripEnabled(false);
-    static const int stretch[panel_count] = {2, 3, 1, 2, 1, 4};
+    static const int stretch[panel_count] = {2, 3, 2, 2, 2, 4};
     static const char* const tips[panel_count] = {"Wavelength",
                                                   "Reading",
                                                   "Click to set the wavelength and the reading",

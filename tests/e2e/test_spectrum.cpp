@@ -105,3 +105,21 @@ TEST(SpectrumScan, TheTwentyFirstReadStartsAgainFromAnEmptyWindow) {
     EXPECT_EQ(spectrum.curve_count, 1);
     EXPECT_NE(shared.baseline_curves[600 - 320][0], 0.0) << "the baseline survives the clearing";
 }
+
+TEST(SpectrumScan, ALostPointLeavesStopToGetTheToolbarBack) {
+    spectrum_rig s;
+    s.set_range(500, 560, false);
+    ASSERT_TRUE(s.scan(2));
+    s.rig.instrument.control("fault drop:25 on");
+    s.rig.window->toolbar_button(3)->trigger();
+    // The drop also swallows the scan end now and then: the silence then lifts the lock.
+    ASSERT_TRUE(s.rig.run_until([&] { return s.rig.window->scan_locked(); }, 10));
+    ASSERT_TRUE(s.rig.run_until([&] { return !s.rig.window->scan_locked(); }, 60));
+    s.rig.run_for(4);
+    EXPECT_LT(spectrum.scan_count, spectrum.scan_total) << "points were lost";
+    EXPECT_FALSE(s.rig.window->toolbar_button(3)->isEnabled());
+    ASSERT_TRUE(s.rig.window->toolbar_button(4)->isEnabled()) << "Stop is the way out";
+    s.rig.window->toolbar_button(4)->trigger();
+    EXPECT_TRUE(s.rig.window->toolbar_button(3)->isEnabled());
+    EXPECT_FALSE(s.rig.window->toolbar_button(4)->isEnabled());
+}

@@ -219,6 +219,8 @@ void frmSpectrum::read_base_line() {
     send_message(cmd_scan_baseline_range);
     set_panel(2, QStringLiteral("0.000A"));
     hide_tracks();
+    // Stop stays live: a reply lost on the line would otherwise leave the window scanning.
+    if (main_hooks.toolbar_enable_stop) main_hooks.toolbar_enable_stop();
 }
 
 void frmSpectrum::read() {
@@ -243,6 +245,7 @@ void frmSpectrum::read() {
     begin_exchange();
     send_message(cmd_scan_sample);
     hide_tracks();
+    if (main_hooks.toolbar_enable_stop) main_hooks.toolbar_enable_stop();
 }
 
 void frmSpectrum::show_base_line(std::int32_t raw) {
