@@ -95,7 +95,7 @@ TEST_F(main_window_fixture, ToolbarClicksReachTheFunctionsRoutinesAndDisabledBut
     EXPECT_EQ(fn->routines_run()[0], toolbar_routine::read_base_line);
     EXPECT_EQ(shared.measure_mode, mm_spectrum);
     EXPECT_EQ(window->sbStatusBar().text(6), QStringLiteral("Preparing..."));
-    EXPECT_TRUE(enabled_buttons().empty());
+    EXPECT_EQ(enabled_buttons(), std::vector<int>{4}) << "only Stop while the baseline scans";
     EXPECT_TRUE(shared.toolbar_locked);
 
     window->toolbar_button(3)->trigger(); // Read, disabled now
