@@ -70,7 +70,7 @@ frmMain::frmMain(std::unique_ptr<comm_backend> backend, QWidget* parent)
     build_toolbar();
     connect_link();
     prompts::set_parent(this);
-    resize(900, 680);
+    resize(1100, 820);
     restore_position();
 }
 
