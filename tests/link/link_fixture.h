@@ -11,6 +11,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <functional>
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <map>
@@ -29,10 +30,17 @@ protected:
     std::map<int, QString> panels;                           // latest text per panel
     std::vector<std::pair<int, QString>> panel_log;          // every write, in order
     std::vector<bool> locks;                                 // scan_lock calls
-    std::vector<std::pair<std::string, std::int32_t>> calls; // calls into the windows, by hook name
-    int baseline_saves = 0, com_port_saves = 0;
+    std::vector<std::pair<std::string, std::int32_t>> calls; // calls into the windows and the store
     bool baseline_at_start = false;
     bool reading_flag = false; // the function's reading flag for modes 6 and 7
+
+    // Hooks that record their call under `name`, with the value they were given or 0.
+    std::function<void(std::int32_t)> record(const std::string& name) {
+        return [this, name](std::int32_t v) { calls.emplace_back(name, v); };
+    }
+    std::function<void()> note(const std::string& name) {
+        return [this, name] { calls.emplace_back(name, 0); };
+    }
 
     void SetUp() override {
         reset_shared_state();
@@ -48,27 +56,25 @@ protected:
             panel_log.emplace_back(n, t);
         };
         h.panel_text = [this](int n) { return panels[n]; };
-        h.enable_menus = [this](bool on) { calls.emplace_back("enable_menus", on); };
         h.scan_lock = [this](bool on) { locks.push_back(on); };
         h.scan_baseline_at_start = [this] { return baseline_at_start; };
-        h.save_baseline = [this] { ++baseline_saves; };
-        h.save_com_port = [this] { ++com_port_saves; };
-        h.spectrum_show_base_line = [this](std::int32_t v) { calls.emplace_back("show_base_line", v); };
-        h.spectrum_show_data = [this](std::int32_t v) { calls.emplace_back("spectrum_show_data", v); };
+        h.enable_menus = record("enable_menus");
+        h.save_baseline = note("save_baseline");
+        h.save_com_port = note("save_com_port");
+        h.spectrum_show_base_line = record("show_base_line");
+        h.spectrum_show_data = record("spectrum_show_data");
         h.spectrum_start_lambda = [] { return 400.0; };
-        h.verify_show_data = [this](std::int32_t v) { calls.emplace_back("verify_show_data", v); };
-        h.system_enable_function = [this](bool on) { calls.emplace_back("system_enable_function", on); };
-        h.system_enable_zero_search = [this] { calls.emplace_back("system_enable_zero_search", 0); };
-        h.system_check_light_level = [this](std::int32_t v) { calls.emplace_back("check_light_level", v); };
+        h.verify_show_data = record("verify_show_data");
+        h.system_enable_function = record("system_enable_function");
+        h.system_enable_zero_search = note("system_enable_zero_search");
+        h.system_check_light_level = record("check_light_level");
         h.photometry_zero_flag = [] { return true; };
-        h.photometry_read = [this] { calls.emplace_back("photometry_read", 0); };
-        for (int m = 0; m < 10; ++m) {
-            const std::string tag = std::to_string(m);
-            const auto i = static_cast<std::size_t>(m);
-            h.show_data[i] = [this, tag](std::int32_t v) { calls.emplace_back("show_data " + tag, v); };
-            h.show_zero[i] = [this, tag](std::int32_t v) { calls.emplace_back("show_zero " + tag, v); };
-            h.timed_frame[i] = [this, tag](std::int32_t v) { calls.emplace_back("timed_frame " + tag, v); };
-            h.reading_flag[i] = [this] { return reading_flag; };
+        h.photometry_read = note("photometry_read");
+        for (std::size_t m = 0; m < 10; ++m) {
+            h.show_data[m] = record("show_data " + std::to_string(m));
+            h.show_zero[m] = record("show_zero " + std::to_string(m));
+            h.timed_frame[m] = record("timed_frame " + std::to_string(m));
+            h.reading_flag[m] = [this] { return reading_flag; };
         }
         prompts::script();
         prompts::clear_shown();
@@ -89,14 +95,12 @@ protected:
             b.push_back(static_cast<std::uint8_t>(v));
         recv_message(b.data(), b.size());
     }
-    // A 6-byte frame with a 24-bit value in bytes 1 to 3.
-    static void frame(int code, std::int32_t value) {
-        reply({code, (value >> 16) & 0xff, (value >> 8) & 0xff, value & 0xff, 0, 0});
-    }
-    static void frames(int n, std::int32_t value) {
+    // A 6-byte frame with a 24-bit value in bytes 1 to 3, `n` times.
+    static void frame(int code, std::int32_t value, int n = 1) {
         for (int i = 0; i < n; ++i)
-            frame(rsp_intensity, value);
+            reply({code, (value >> 16) & 0xff, (value >> 8) & 0xff, value & 0xff, 0, 0});
     }
+    static void frames(int n, std::int32_t value) { frame(rsp_intensity, value, n); }
 
     // The bytes waiting in the slot just behind ring_head: what the next tick would transmit.
     static QByteArray queued() {
@@ -111,12 +115,6 @@ protected:
         return b;
     }
 
-    std::vector<QString> texts(int panel) const {
-        std::vector<QString> out;
-        for (const auto& [n, t] : panel_log)
-            if (n == panel) out.push_back(t);
-        return out;
-    }
     int count_calls(const std::string& name) const {
         int n = 0;
         for (const auto& c : calls)

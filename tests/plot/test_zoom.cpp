@@ -6,59 +6,48 @@
 
 using namespace lumora;
 
-namespace {
-plot_view view_of(int start, int stop, double high, double low, int left, int top, int right, int bottom) {
-    plot_view v;
-    init_view(v, start, stop, high, low);
-    v.zoom_rect = QRect(QPoint(left, top), QPoint(right, bottom));
-    return v;
-}
-} // namespace
-
-TEST(ZoomCursor, TakesTheRectangleRoundedToWholeUnitsUnlessItIsUnder12Wide) {
-    plot_view v = view_of(400, 800, 3.0, 0.0, 100, 50, 200, 150);
-    zoom_cursor(v, false);
-    EXPECT_TRUE(v.zoomed);
-    EXPECT_EQ(v.view_start, 457); // 400 + 40 * 400 / 280 = 457.14
-    EXPECT_EQ(v.view_stop, 600);
-    EXPECT_DOUBLE_EQ(v.view_high, 250 * (3.0 / 280));
-    EXPECT_DOUBLE_EQ(v.view_low, 150 * (3.0 / 280));
-
-    // A 5 by 5 band on 400 nm spans 7.1 nm: nothing changes, Y included.
-    plot_view small = view_of(400, 800, 3.0, 0.0, 100, 100, 105, 105);
-    zoom_cursor(small, false);
-    EXPECT_EQ(small.view_stop, 800);
-    EXPECT_DOUBLE_EQ(small.view_high, 3.0);
-    // On 280 nm one column is one nanometre: 11 columns are too few, 12 enough.
-    plot_view eleven = view_of(400, 680, 3.0, 0.0, 100, 50, 111, 150);
-    zoom_cursor(eleven, false);
-    EXPECT_EQ(eleven.view_stop, 680);
-    plot_view twelve = view_of(400, 680, 3.0, 0.0, 100, 50, 112, 150);
-    zoom_cursor(twelve, false);
-    EXPECT_EQ(twelve.view_start, 440);
-    EXPECT_EQ(twelve.view_stop, 452);
-    // A view without height is left alone.
-    plot_view flat = view_of(400, 800, 1.0, 1.0, 100, 50, 200, 150);
-    zoom_cursor(flat, false);
-    EXPECT_FALSE(flat.zoomed);
-    EXPECT_EQ(flat.view_start, 400);
-}
-
-TEST(ZoomCursor, AFlatBandKeepsTheNarrowestRangeMeasuredDownFromItsTop) {
-    // %T view 50.0..50.5: five rows are 0.0089 %T, under the 0.01 that a view keeps.
-    plot_view pt = view_of(400, 800, 50.5, 50.0, 100, 100, 200, 105);
-    zoom_cursor(pt, true);
-    const double top = 200 * (0.5 / 280) + 50.0;
-    EXPECT_DOUBLE_EQ(pt.view_high, top);
-    EXPECT_DOUBLE_EQ(pt.view_low, top - 0.01);
-    // The same band in ABS is wide enough for its 0.001.
-    plot_view abs = view_of(400, 800, 50.5, 50.0, 100, 100, 200, 105);
-    zoom_cursor(abs, false);
-    EXPECT_DOUBLE_EQ(abs.view_low, 195 * (0.5 / 280) + 50.0);
+TEST(ZoomCursor, TakesTheRectangleRoundedToWholeUnitsUnlessUnder12WideAndKeepsTheNarrowestYRange) {
+    struct row {
+        int start, stop;
+        double high, low;
+        QRect band;
+        bool percent_t;
+        int new_start, new_stop;
+        double new_high, new_low;
+    };
+    const QRect band(QPoint(100, 50), QPoint(200, 150));
+    const double top = 200 * (0.5 / 280) + 50.0; // the top row of a band at 100 on a 50.0..50.5 view
+    const row rows[] = {
+        {400, 800, 3.0, 0.0, band, false, 457, 600, 250 * (3.0 / 280), 150 * (3.0 / 280)}, // 457.14 nm
+        // A 5 by 5 band on 400 nm spans 7.1 nm: nothing changes, Y included.
+        {400, 800, 3.0, 0.0, QRect(QPoint(100, 100), QPoint(105, 105)), false, 400, 800, 3.0, 0.0},
+        // On 280 nm one column is one nanometre: 11 columns are too few, 12 enough.
+        {400, 680, 3.0, 0.0, QRect(QPoint(100, 50), QPoint(111, 150)), false, 400, 680, 3.0, 0.0},
+        {400, 680, 3.0, 0.0, QRect(QPoint(100, 50), QPoint(112, 150)), false, 440, 452, 250 * (3.0 / 280),
+         150 * (3.0 / 280)},
+        {400, 800, 1.0, 1.0, band, false, 400, 800, 1.0, 1.0}, // a view without height is left alone
+        // Five rows of a 50.0..50.5 view are 0.0089: under the 0.01 of %T, over the 0.001 of ABS.
+        {400, 800, 50.5, 50.0, QRect(QPoint(100, 100), QPoint(200, 105)), true, 457, 600, top, top - 0.01},
+        {400, 800, 50.5, 50.0, QRect(QPoint(100, 100), QPoint(200, 105)), false, 457, 600, top,
+         195 * (0.5 / 280) + 50.0},
+    };
+    for (const row& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.start << ".." << r.stop << " " << r.band.width() << " wide");
+        plot_view v;
+        init_view(v, r.start, r.stop, r.high, r.low);
+        v.zoom_rect = r.band;
+        zoom_cursor(v, r.percent_t);
+        EXPECT_EQ(v.view_start, r.new_start);
+        EXPECT_EQ(v.view_stop, r.new_stop);
+        EXPECT_DOUBLE_EQ(v.view_high, r.new_high);
+        EXPECT_DOUBLE_EQ(v.view_low, r.new_low);
+        EXPECT_EQ(v.zoomed, r.high > r.low) << "a band too narrow still counts as a zoom";
+    }
 }
 
 TEST(ZoomAuto, FitsTheScreenCurveWithOnePercentMarginCountingEmptyColumns) {
-    plot_view v = view_of(400, 800, 3.0, 0.0, 60, 20, 340, 300);
+    plot_view v;
+    init_view(v, 400, 800, 3.0, 0.0);
     for (int c = 0; c < 100; ++c)
         v.screen_curve[static_cast<std::size_t>(c)] = 1.0 + c / 99.0;
     zoom_auto(v, false);

@@ -1,6 +1,5 @@
 // The physical model seen through the wire: counts, samples, the emission line, noise.
 #include "sim/emission_line.h"
-#include "sim/samples.h"
 #include "sim_helpers.h"
 
 #include <gtest/gtest.h>
@@ -30,25 +29,17 @@ TEST(SimModel, SampleScanAgainstBaselineGivesTheTrueAbsorbanceAtEveryNanometre) 
     const auto baseline = values(with_code(exchange(inst, {kCmdScanBaseline}), kRspBaselinePoint));
     ASSERT_EQ(baseline.size(), 791u);
 
-    // The dense filter makes a dark value from the wrong band show; the holmium bands test the shape.
+    // The dense filter makes a dark value from the wrong band show; the holmium bands test the shape
+    // (their positions are found by the program's peak search in an end-to-end test).
     for (const std::string name : {"neutral:2", "holmium"}) {
         ASSERT_EQ(inst.control("sample " + name), "ok sample " + name);
         const auto sample = scan(inst, kCmdScanSample, kRspSamplePoint, 320, 1100);
         ASSERT_EQ(sample.size(), 781u);
-        std::vector<double> a(sample.size());
         for (int nm = 320; nm <= 1100; ++nm) {
             const double d = dark[testing::band(nm)];
             const std::size_t i = nm - 320;
-            a[i] = -std::log10((sample[i] - d) / (baseline[i] - d));
-            ASSERT_NEAR(a[i], inst.true_absorbance(nm), 0.001) << name << " at " << nm << " nm";
-        }
-        if (name != "holmium") continue;
-        // Each band of the filter is a local maximum within a nanometre of its listed position.
-        for (const double centre : holmium_band_positions()) {
-            const auto near = static_cast<std::size_t>(std::lround(centre)) - 320;
-            const auto top = std::max_element(a.begin() + near - 3, a.begin() + near + 4) - a.begin();
-            EXPECT_NEAR(top + 320.0, centre, 1.0) << centre;
-            EXPECT_GT(a[top] - a[near - 8], 0.1) << centre;
+            ASSERT_NEAR(-std::log10((sample[i] - d) / (baseline[i] - d)), inst.true_absorbance(nm), 0.001)
+                << name << " at " << nm << " nm";
         }
     }
 }
@@ -68,10 +59,6 @@ TEST(SimModel, BlankCountsStayInsideTheConverterRangeWithTheirPeakNearSixMillion
 
 TEST(SimModel, SamplesFollowTheirLaws) {
     Instrument inst;
-    inst.control("sample neutral:0.7");
-    EXPECT_DOUBLE_EQ(inst.true_absorbance(400), 0.7);
-    EXPECT_DOUBLE_EQ(inst.true_absorbance(1000), 0.7);
-
     // Beer-Lambert: 0.5 A per unit at the peak, linear in concentration at every wavelength.
     inst.control("sample standard:1");
     const double peak = inst.true_absorbance(540), side = inst.true_absorbance(600);

