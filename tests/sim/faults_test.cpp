@@ -18,6 +18,7 @@ TEST(SimFaults, SilentAndZeroFailSwitchOnAndOff) {
     EXPECT_TRUE(exchange(inst, {kCmdPing, kCmdGotoLambda, 2, 0}, 1.0).empty());
     EXPECT_NE(inst.control("state").find("faults=silent,zero_fail"), std::string::npos);
     inst.control("fault silent off");
+    EXPECT_EQ(exchange(inst, {kCmdPing}, 0.1).size(), 1u) << "what came in while silent was not acted on";
     EXPECT_EQ(exchange(inst, {kCmdSearchZero}, 2.0).back().bytes, std::vector<std::uint8_t>{kRspZeroFailed});
     inst.control("fault zero_fail off");
     EXPECT_EQ(exchange(inst, {kCmdSearchZero}, 2.0).back().bytes, std::vector<std::uint8_t>{kRspZeroFound});

@@ -99,6 +99,10 @@ TEST_F(SimProcess, ServesThePtyAfterAClientLeavesAnswersControlLinesLogsAndClean
         EXPECT_EQ(read_bytes(fd, 6), (Bytes{120, 0, 0, 0, 0, 0})) << path;
         ::close(fd);
     }
+    std::stringstream log; // written as the bytes come in, not at the end
+    log << std::ifstream(dir_ + "/rx.log").rdbuf();
+    EXPECT_EQ(log.str().rfind("{\"t\":", 0), 0u);
+    EXPECT_NE(log.str().find(",\"rx\":\"78\"}\n{\"t\":"), std::string::npos) << "one line per chunk";
 
     write_all(stdin_, "state\n\nfault garbage sometimes\n");
     const std::string state = read_line(stdout_);
@@ -124,10 +128,6 @@ TEST_F(SimProcess, ServesThePtyAfterAClientLeavesAnswersControlLinesLogsAndClean
     struct stat st {};
     EXPECT_NE(::lstat((dir_ + "/tty").c_str(), &st), 0) << "the link, not only what it points to, is gone";
     EXPECT_NE(::lstat((dir_ + "/ctl").c_str(), &st), 0);
-    std::stringstream log;
-    log << std::ifstream(dir_ + "/rx.log").rdbuf();
-    EXPECT_EQ(log.str().rfind("{\"t\":", 0), 0u);
-    EXPECT_NE(log.str().find(",\"rx\":\"78\"}\n{\"t\":"), std::string::npos) << "one line per chunk";
 }
 
 } // namespace
