@@ -21,15 +21,7 @@ void spectrum_init() {
     spectrum.scan_total = static_cast<std::int16_t>(spectrum.scan_last_nm - spectrum.scan_first_nm);
     spectrum.scan_step = 1;
     spectrum.scan_count = 0;
-    plot_view& v = spectrum.view;
-    v.plot_column = 0;
-    v.draw_position = 0;
-    v.view_start = static_cast<std::int16_t>(cint(s.start_lambda));
-    v.view_stop = static_cast<std::int16_t>(cint(s.stop_lambda));
-    v.view_high = s.high_value;
-    v.view_low = s.low_value;
-    update_span(v);
-    v.zoom_rect = QRect(QPoint(plot_left, plot_top), QPoint(plot_right, plot_bottom));
+    init_view(spectrum.view, s.start_lambda, s.stop_lambda, s.high_value, s.low_value);
 }
 
 double convert_sample(double raw, double dark, double blank, bool percent_t) {
