@@ -159,6 +159,10 @@ std::int32_t fix(double x) {
     return static_cast<std::int32_t>(std::trunc(x));
 }
 
+QString format_text(double x, std::string_view pattern) {
+    return QString::fromStdString(format_number(x, pattern));
+}
+
 bool fits_int16(double x) {
     const double r = std::nearbyint(x);
     return r >= -32768.0 && r <= 32767.0;

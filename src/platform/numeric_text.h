@@ -1,6 +1,7 @@
 #pragma once
 // Numeric text as the program shows and reads it: display patterns, the lenient number
 // reader, and the two ways a real becomes an integer.
+#include <QString>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -25,6 +26,9 @@ std::int32_t cint(double x);
 
 // A real to an integer by truncation toward zero.
 std::int32_t fix(double x);
+
+// format_number as the widgets take it.
+QString format_text(double x, std::string_view pattern);
 
 // True when cint(x) fits a signed 16-bit field; the program treats anything else as an overflow.
 bool fits_int16(double x);

@@ -12,13 +12,6 @@
 #include <QVBoxLayout>
 
 namespace lumora {
-namespace {
-
-QString fmt(double x, const char* pattern) {
-    return QString::fromStdString(format_number(x, pattern));
-}
-
-} // namespace
 
 zoom_fields spectrum_zoom_fields(bool percent_t, double start_lambda, double stop_lambda) {
     zoom_fields f;
@@ -72,10 +65,10 @@ dlgZoom::dlgZoom(plot_view& view, zoom_fields fields, std::function<void()> on_o
 }
 
 void dlgZoom::reload() {
-    fields_[0]->setText(fmt(view_.view_start, setup_.x_format));
-    fields_[1]->setText(fmt(view_.view_stop, setup_.x_format));
-    fields_[2]->setText(fmt(view_.view_low, setup_.y_format));
-    fields_[3]->setText(fmt(view_.view_high, setup_.y_format));
+    fields_[0]->setText(format_text(view_.view_start, setup_.x_format));
+    fields_[1]->setText(format_text(view_.view_stop, setup_.x_format));
+    fields_[2]->setText(format_text(view_.view_low, setup_.y_format));
+    fields_[3]->setText(format_text(view_.view_high, setup_.y_format));
 }
 
 double dlgZoom::field_value(int index) const {
@@ -91,7 +84,7 @@ void dlgZoom::txtInst_LostFocus(int index) {
             if (v <= setup_.x_first) v = setup_.x_first;
             if (v > stop - 2) v = stop - 2;
         }
-        fields_[0]->setText(fmt(v, setup_.x_format));
+        fields_[0]->setText(format_text(v, setup_.x_format));
         break;
     case 1:
         if (setup_.clamp_x) {
@@ -99,12 +92,12 @@ void dlgZoom::txtInst_LostFocus(int index) {
             if (v <= start + 2) v = start + 2;
             if (v > setup_.x_last) v = setup_.x_last;
         }
-        fields_[1]->setText(fmt(v, setup_.x_format));
+        fields_[1]->setText(format_text(v, setup_.x_format));
         break;
     case 2:
     case 3:
         // The limits of the setup dialog do not apply to a view.
-        fields_[static_cast<std::size_t>(index)]->setText(fmt(v, setup_.y_format));
+        fields_[static_cast<std::size_t>(index)]->setText(format_text(v, setup_.y_format));
         break;
     default:
         break;

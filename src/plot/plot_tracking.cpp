@@ -16,10 +16,6 @@
 namespace lumora {
 namespace {
 
-QString fmt(double x, const char* pattern) {
-    return QString::fromStdString(format_number(x, pattern));
-}
-
 // Overlay ids of the cross-hair: linTrack(0), linTrack(1), linTrack(2).
 constexpr int vertical_line = 0, horizontal_line = 1, derivative_line = 2;
 
@@ -88,7 +84,7 @@ void plot_tracking::set_track(bool visible) {
 }
 
 void plot_tracking::reset_readout(double start_x) {
-    value0_.setText(config_.idle_x_name + fmt(start_x, config_.x_readout) + config_.idle_data);
+    value0_.setText(config_.idle_x_name + format_text(start_x, config_.x_readout) + config_.idle_data);
     value1_.clear();
 }
 
@@ -101,12 +97,12 @@ void plot_tracking::move_cross_hair(int x) {
     surface_.set_overlay_line(vertical_line, vertical_at(x), surface_.overlay_visible(vertical_line));
     surface_.set_overlay_line(horizontal_line, horizontal_at(y), surface_.overlay_visible(horizontal_line));
     surface_.set_overlay_line(derivative_line, derivative_at(x), surface_.overlay_visible(derivative_line));
-    value0_.setText(config_.x_name + fmt(column_to_x(view_, x), config_.x_readout) +
-                    QStringLiteral("Data= ") + fmt(value, config_.data_value));
+    value0_.setText(config_.x_name + format_text(column_to_x(view_, x), config_.x_readout) +
+                    QStringLiteral("Data= ") + format_text(value, config_.data_value));
     const derivative_display d = derivative();
     if (d.order >= 1)
         value1_.setText(QStringLiteral("Derivative Data= ") +
-                        fmt((*d.screen_derivative)[c], config_.data_value));
+                        format_text((*d.screen_derivative)[c], config_.data_value));
 }
 
 // ---- Track rows ---------------------------------------------------------------------------------
@@ -139,11 +135,11 @@ void plot_tracking::add_track_row(int x, bool ask_at_limit) {
     const QString n = QString::number(number);
     table_.setTextMatrix(number, 0,
                          config_.number_first ? n + QStringLiteral("  V") : QStringLiteral("  V") + n);
-    table_.setTextMatrix(number, 1, fmt(column_to_x(view_, x), config_.x_cell));
-    table_.setTextMatrix(number, 2, fmt(value, config_.cell_value) + config_.cell_suffix);
+    table_.setTextMatrix(number, 1, format_text(column_to_x(view_, x), config_.x_cell));
+    table_.setTextMatrix(number, 2, format_text(value, config_.cell_value) + config_.cell_suffix);
     if (d.order >= 1)
-        table_.setTextMatrix(number, 3,
-                             fmt((*d.screen_derivative)[c], config_.cell_value) + config_.cell_suffix);
+        table_.setTextMatrix(
+            number, 3, format_text((*d.screen_derivative)[c], config_.cell_value) + config_.cell_suffix);
 
     const int y = y_to_pixel(value, view_.view_high, view_.view_low);
     surface_.polygon(track_triangle(x, y), standard_color(8));
@@ -160,8 +156,9 @@ void plot_tracking::add_track_row(int x, bool ask_at_limit) {
 // ---- Mouse --------------------------------------------------------------------------------------
 
 void plot_tracking::band_readout(QLabel& label, const char* x_name, const char* y_name, QPoint pos) {
-    label.setText(QString::fromLatin1(x_name) + fmt(column_to_x(view_, pos.x()), config_.x_readout) +
-                  QString::fromLatin1(y_name) + fmt(row_to_value(view_, pos.y()), config_.band_value));
+    label.setText(QString::fromLatin1(x_name) + format_text(column_to_x(view_, pos.x()), config_.x_readout) +
+                  QString::fromLatin1(y_name) +
+                  format_text(row_to_value(view_, pos.y()), config_.band_value));
 }
 
 void plot_tracking::mouse_down(QPoint pos, Qt::MouseButton button) {

@@ -28,10 +28,6 @@ QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const 
 double number(const QString& text) {
     return val(text.toStdString());
 }
-QString fmt(double x, const char* pattern) {
-    return QString::fromStdString(format_number(x, pattern));
-}
-
 } // namespace
 
 dlgSpectrum::dlgSpectrum(QWidget* parent) : QDialog(parent) {
@@ -177,13 +173,13 @@ void dlgSpectrum::set_unit_texts(bool percent_t) {
 
 void dlgSpectrum::reload_parameter() {
     const SpectrumSetup& s = spectrum_setup;
-    cmb_inst_[0]->setEditText(fmt(s.start_lambda, "0"));
-    cmb_inst_[1]->setEditText(fmt(s.stop_lambda, "0"));
+    cmb_inst_[0]->setEditText(format_text(s.start_lambda, "0"));
+    cmb_inst_[1]->setEditText(format_text(s.stop_lambda, "0"));
     cmb_measure_->setCurrentIndex(s.percent_t() ? 1 : 0);
     set_unit_texts(s.percent_t());
     const char* pattern = s.percent_t() ? "0.00" : "0.000";
-    low_->setText(fmt(s.low_value, pattern));
-    high_->setText(fmt(s.high_value, pattern));
+    low_->setText(format_text(s.low_value, pattern));
+    high_->setText(format_text(s.high_value, pattern));
     cmb_speed_->setCurrentIndex(s.scan_speed >= 0 && s.scan_speed <= 2 ? s.scan_speed : 1);
     chk_standard_[0]->setChecked(s.auto_zoom == 1);
     chk_standard_[1]->setChecked(s.auto_peak == 1);
@@ -209,7 +205,7 @@ void dlgSpectrum::cmbInst_LostFocus(int index) {
         if (v < start + 2) v = start + 2;
         if (v >= 1100) v = 1100;
     }
-    const QString text = fmt(v, "0");
+    const QString text = format_text(v, "0");
     c->setEditText(text);
     if (c->findText(text) < 0) c->addItem(text);
 }
@@ -220,11 +216,11 @@ void dlgSpectrum::txtInst_LostFocus(int index) {
     if (cmb_measure_->currentIndex() == 1) {
         if (v < 0) v = 0;
         if (v >= 120) v = 120;
-        t->setText(fmt(v, "0.00"));
+        t->setText(format_text(v, "0.00"));
     } else {
         if (v <= -0.3) v = -0.3;
         if (v >= 3.0) v = 3.0;
-        t->setText(fmt(v, "0.000"));
+        t->setText(format_text(v, "0.000"));
     }
 }
 

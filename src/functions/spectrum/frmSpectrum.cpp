@@ -26,13 +26,6 @@
 #include <QVBoxLayout>
 
 namespace lumora {
-namespace {
-
-QString fmt(double x, const char* pattern) {
-    return QString::fromStdString(format_number(x, pattern));
-}
-
-} // namespace
 
 frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : function_window(entry, parent) {
     surface_ = new plot_surface(QSize(400, 520));
@@ -260,10 +253,10 @@ void frmSpectrum::show_base_line(std::int32_t raw) {
     double shown = w;
     if (shown < v.view_start) shown = spectrum_setup.start_lambda;
     if (shown > v.view_stop) shown = spectrum_setup.stop_lambda;
-    set_panel(1, fmt(shown, "###0nm"));
+    set_panel(1, format_text(shown, "###0nm"));
     if (spectrum.scan_count > spectrum.scan_total) {
         shared.lambda_now = spectrum.view.view_stop;
-        set_panel(1, fmt(shared.lambda_now, "###0nm"));
+        set_panel(1, format_text(shared.lambda_now, "###0nm"));
         set_panel(6, QStringLiteral("OK"));
         finish_scan();
     }
@@ -295,16 +288,16 @@ void frmSpectrum::show_data(std::int32_t raw) {
     double column_nm = v.view_start + v.plot_column * v.view_span / 280.0;
     if (column_nm < s.start_lambda) column_nm = s.start_lambda;
     if (column_nm > s.stop_lambda) column_nm = s.stop_lambda;
-    set_panel(1, fmt(column_nm, "###0nm"));
+    set_panel(1, format_text(column_nm, "###0nm"));
     if (w >= s.start_lambda && w <= s.stop_lambda && w >= first_index_nm) {
         const double value = shared.baseline_curves[static_cast<std::size_t>(w - first_index_nm)]
                                                    [static_cast<std::size_t>(column)];
-        set_panel(2, s.percent_t() ? fmt(value, "##0.000") + QStringLiteral("%T")
-                                   : fmt(value, "#0.0000") + QStringLiteral("A"));
+        set_panel(2, s.percent_t() ? format_text(value, "##0.000") + QStringLiteral("%T")
+                                   : format_text(value, "#0.0000") + QStringLiteral("A"));
     }
     if (fix(static_cast<double>(spectrum.scan_total) / spectrum.scan_step) <= spectrum.scan_count) {
         shared.lambda_now = s.stop_lambda;
-        set_panel(1, fmt(shared.lambda_now, "###0nm"));
+        set_panel(1, format_text(shared.lambda_now, "###0nm"));
         set_panel(6, QStringLiteral("OK"));
         finish_scan();
     }
@@ -445,8 +438,8 @@ std::int16_t show_finds(plot_surface& surface, grid& table, const processing::se
         if (k >= r.count) break;
         table.AddItem(QStringLiteral("  V%1\t%2\t%3")
                           .arg(k + 1)
-                          .arg(fmt(f.lambda, "###0.00nm"))
-                          .arg(fmt(f.value, value_format)));
+                          .arg(format_text(f.lambda, "###0.00nm"))
+                          .arg(format_text(f.value, value_format)));
     }
     surface.update();
     return r.count;
