@@ -24,7 +24,7 @@ std::string usage() {
            "  --log FILE      append received bytes as JSON lines {\"t\":seconds,\"rx\":\"hex\"}\n"
            "\n"
            "Control lines (stdin or socket), one answer line each:\n"
-           "  sample NAME | position N | fault silent|zero_fail|garbage|short_frames|drop:N on|off |\n"
+           "  sample NAME | position N | fault silent|zero_fail|garbage|short_frames|burst|drop:N on|off |\n"
            "  fwhm NM | absorbance NM | state | help\n";
 }
 

@@ -1,7 +1,7 @@
 // The control channel: one command a line, one answer line each.
 //   sample NAME            put a sample in the beam           -> ok sample NAME
 //   position N             changer position N into the beam   -> ok position N
-//   fault NAME on|off      silent, zero_fail, garbage, short_frames, drop:N  -> ok fault NAME on|off
+//   fault NAME on|off      silent, zero_fail, garbage, short_frames, burst, drop:N -> ok fault NAME on|off
 //   fwhm NM                bandwidth of the emission line     -> ok fwhm NM
 //   absorbance NM          the model's absorbance in the beam -> the number, 6 decimals
 //   state                  wavelength, sample, faults, what runs
@@ -94,7 +94,7 @@ std::string Instrument::control_answer(const std::string& line) {
             return state_line();
         }
         if (cmd == "help") {
-            return "commands: sample NAME | position N | fault silent|zero_fail|garbage|short_frames|drop:N "
+            return "commands: sample NAME | position N | fault silent|zero_fail|garbage|short_frames|burst|drop:N "
                    "on|off | "
                    "fwhm NM | absorbance NM | state";
         }

@@ -15,6 +15,8 @@ void Faults::set(const std::string& name, bool on) {
         garbage = on;
     } else if (name == "short_frames") {
         short_frames = on;
+    } else if (name == "burst") {
+        burst = on;
     } else if (name.starts_with("drop:") || name == "drop") {
         if (!on) {
             drop_every = 0;
@@ -27,7 +29,7 @@ void Faults::set(const std::string& name, bool on) {
         drop_every = static_cast<unsigned>(n);
     } else {
         throw std::invalid_argument("unknown fault '" + name +
-                                    "' (silent, zero_fail, garbage, short_frames, drop:N)");
+                                    "' (silent, zero_fail, garbage, short_frames, burst, drop:N)");
     }
 }
 
@@ -38,6 +40,7 @@ std::string Faults::describe() const {
     if (zero_fail) add("zero_fail");
     if (garbage) add("garbage");
     if (short_frames) add("short_frames");
+    if (burst) add("burst");
     if (drop_every > 0) add("drop:" + std::to_string(drop_every));
     return s.empty() ? "none" : s;
 }

@@ -11,8 +11,9 @@ struct Faults {
     bool garbage = false;      // now and then a few random bytes between frames
     bool short_frames = false; // scan and stream frames lose some of their bytes
     unsigned drop_every = 0;   // every Nth scan or stream frame is lost; 0 for none
+    bool burst = false;        // replies are held back and leave in bursts of 2 to 5, back to back
 
-    // Switches a fault by name: silent, zero_fail, garbage, short_frames, drop:N ("drop:N off" or any
+    // Switches a fault by name: silent, zero_fail, garbage, short_frames, burst, drop:N ("drop:N off" or any
     // "drop:..." off ends dropping). Throws std::invalid_argument for anything else.
     void set(const std::string& name, bool on);
     // The faults that are on, comma separated, or "none".

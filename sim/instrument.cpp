@@ -47,7 +47,32 @@ std::vector<Emission> Instrument::advance_to(double t) {
         deliver(sequencer_.produce());
     now_ = target;
     parser_.expire(now_);
-    return transmitter_.take_until(target + kClockSlack);
+    return hold_for_burst(transmitter_.take_until(target + kClockSlack));
+}
+
+std::vector<Emission> Instrument::hold_for_burst(std::vector<Emission> out) {
+    if (!faults_.burst && held_.empty()) return out;
+    for (Emission& e : out)
+        held_.push_back(std::move(e));
+    out.clear();
+    const auto release = [&](std::size_t n) {
+        Emission burst{held_[n - 1].t, {}};
+        for (std::size_t i = 0; i < n; ++i)
+            burst.bytes.insert(burst.bytes.end(), held_[i].bytes.begin(), held_[i].bytes.end());
+        held_.erase(held_.begin(), held_.begin() + static_cast<std::ptrdiff_t>(n));
+        out.push_back(std::move(burst));
+    };
+    for (;;) {
+        if (burst_size_ == 0) burst_size_ = 2 + fault_rng_() % 4;
+        if (!faults_.burst || held_.size() < burst_size_) break;
+        release(burst_size_);
+        burst_size_ = 0;
+    }
+    // Nothing more on its way (a scan has ended, an answer came alone), or the fault is off:
+    // what is held leaves now, so nobody waits for a reply that never comes.
+    const bool quiet = !std::isfinite(transmitter_.next_time()) && !std::isfinite(sequencer_.next_ready());
+    if (!held_.empty() && (quiet || !faults_.burst)) release(held_.size());
+    return out;
 }
 
 double Instrument::next_emission_time() const {

@@ -74,6 +74,8 @@ private:
     std::uint32_t sample_counts(double nm, double t); // the detector through the sample in the beam
 
     std::string control_answer(const std::string& line);
+    // The burst fault: holds replies back and lets them go several at a time, as one write.
+    std::vector<Emission> hold_for_burst(std::vector<Emission> out);
     std::string state_line() const;
 
     Options opts_;
@@ -85,6 +87,8 @@ private:
     Transmitter transmitter_;
     std::mt19937_64 fault_rng_;
     std::vector<Emission> received_;
+    std::vector<Emission> held_;    // replies the burst fault holds back
+    std::size_t burst_size_ = 0;    // how many replies the next burst lets go
     std::uint64_t commands_ = 0;
     std::uint64_t data_frames_ = 0;
     std::uint64_t dropped_frames_ = 0;

@@ -4,6 +4,7 @@
 #include "functions/frmLambda.h"
 #include "functions/function_window.h"
 #include "link/command_ring.h"
+#include "link/protocol.h"
 #include "link/frmPortSet.h"
 #include "link/link_context.h"
 #include "link/photometric.h"
@@ -222,10 +223,23 @@ void frmMain::connect_link() {
     main_hooks.toolbar_enable_for = [this](int id) { toolbar_enable_for(id); };
     h.save_com_port = [] { save_com_port(); };
 
+    h.resume_function = [this]() -> int {
+        if (!function_) return 0;
+        const int id = function_->entry().function_id;
+        toolbar_enable_for(id);
+        return id;
+    };
     connect(port_.get(), &comm_port::OnComm, this, [this] {
         quiet_ticks_ = 0;
+        silent_ticks_ = 0;
+        if (silence_shown_) end_silence();
         on_comm_event();
     });
+    connect(port_.get(), &comm_port::framing_counted, this, [this](const char* what) {
+        const comm_port::framing_counts& c = port_->counts();
+        trace::framing(what, c.cut, c.joined, c.dropped, c.dropped_bytes);
+    });
+    connect(port_.get(), &comm_port::port_failed, this, &frmMain::port_failed);
     connect(timer_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
     connect(status_, &status_bar::panel_written, this, [](int n, const QString& t) { trace::panel(n, t); });
     connect(status_, &status_bar::panel_clicked, this, [this](int n) {
@@ -267,7 +281,57 @@ void frmMain::Timer1_Timer() {
     guarded([] { lumora::Timer1_Timer(); });
     // A scan end lost on the line must not keep the user locked out for good: after a silence of
     // three seconds the lock lifts, and the function's Stop is there to get its toolbar back.
+    const bool expecting = expecting_replies();
     if (scan_locked_ && ++quiet_ticks_ >= scan_lock_silence_ticks) set_scan_lock(false);
+    if (!expecting) {
+        silent_ticks_ = 0;
+    } else if (++silent_ticks_ >= silence_warning_ticks && !silence_shown_) {
+        begin_silence();
+    }
+}
+
+bool frmMain::expecting_replies() const {
+    // While it streams (after a move or a zero at a wavelength) or scans, the instrument sends a
+    // frame at least every 0.05 s; at other times (a zero search, between a scan's end and the
+    // next command) silence is normal.
+    if (!port_->PortOpen() || (shared.function_id == fid_startup && !scan_locked_)) return false;
+    if (scan_locked_) return true;
+    switch (shared.last_command) {
+    case cmd_goto_lambda:
+    case cmd_read_lambda:
+    case cmd_zero_here:
+    case cmd_spare_9:
+        return shared.function_id != fid_system;
+    default:
+        return false;
+    }
+}
+
+// The reading in panel 2 goes grey and panel 6 says why; nothing is sent and nothing pops up.
+void frmMain::begin_silence() {
+    silence_shown_ = true;
+    activity_before_silence_ = status_->text(6);
+    status_->panel(2)->setEnabled(false);
+    status_->set_text(6, QStringLiteral("No reply from the instrument..."));
+}
+
+void frmMain::end_silence() {
+    silence_shown_ = false;
+    status_->panel(2)->setEnabled(true);
+    if (status_->text(6) == QLatin1String("No reply from the instrument..."))
+        status_->set_text(6, activity_before_silence_);
+}
+
+void frmMain::port_failed(const QString& why) {
+    // The windows keep their data; the user reconnects with "Port open" when the device is back.
+    if (silence_shown_) end_silence();
+    silent_ticks_ = 0;
+    if (scan_locked_) set_scan_lock(false);
+    shared.link_ready = false;
+    status_->set_text(4, QStringLiteral("Off-line"));
+    status_->set_text(6, QStringLiteral("Port closed: ") + why);
+    enable_menus();
+    status_->setEnabled(true);
 }
 
 void frmMain::set_toolbar_buttons(bool all, std::initializer_list<int> exceptions, bool status_bar_enabled) {

@@ -89,6 +89,10 @@ private:
     void build_toolbar();
     void connect_link();
     void set_scan_lock(bool locked);
+    bool expecting_replies() const;
+    void begin_silence();
+    void end_silence();
+    void port_failed(const QString& why);
     void mnuHelpAbout_Click();
     void restore_position();
     void show_setup_dialog(function_window& window);
@@ -109,6 +113,13 @@ private:
     bool scan_locked_ = false;
     static constexpr int scan_lock_silence_ticks = 60; // 3 s of Timer1
     int quiet_ticks_ = 0;                              // ticks since the port last raised its event
+    static constexpr int silence_warning_ticks = 40;   // 2 s of Timer1
+    int silent_ticks_ = 0;                             // ticks without a reply while one is due
+    bool silence_shown_ = false;
+    QString activity_before_silence_;
+
+public:
+    bool silence_shown() const { return silence_shown_; }
 };
 
 } // namespace lumora

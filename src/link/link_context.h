@@ -22,6 +22,9 @@ struct link_hooks {
     std::function<void()> toolbar_disable_function;
     std::function<void()> enable_timer;         // Timer1 on
     std::function<void(bool busy)> busy_cursor; // the main window's hourglass
+    // The function window still open when a start-up ends (a reconnect): its toolbar comes back
+    // and its function_id is returned; 0 when none is open.
+    std::function<int()> resume_function;
     // Defaults of the functions' parameter records, run at the end of the settings load
     std::vector<std::function<void()>> start_defaults;
     // Store

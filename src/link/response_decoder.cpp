@@ -348,7 +348,9 @@ void lambda_show_data(std::int32_t intensity) {
 
 void startup_finish() {
     if (link_ctx.hooks.enable_menus) link_ctx.hooks.enable_menus(true);
-    shared.function_id = fid_no_function;
+    // After a reconnect the function window that stayed open keeps its function and toolbar.
+    const int resumed = link_ctx.hooks.resume_function ? link_ctx.hooks.resume_function() : 0;
+    shared.function_id = static_cast<std::int16_t>(resumed != 0 ? resumed : fid_no_function);
     shared.lambda_now = shared.default_lambda;
     if (!fits_int16(shared.default_lambda)) throw run_fault{"overflow"};
     shared.lambda_now_int = static_cast<std::int16_t>(cint(shared.default_lambda));

@@ -78,7 +78,7 @@ struct shared_state {
     bool link_ready = false;
     std::int16_t ping_count = 0;
     std::int16_t com_port = 0;       // 1..4
-    std::uint8_t last_command = 0;   // recorded, never read
+    std::uint8_t last_command = 0;   // the last command queued: tells whether the instrument streams
     std::int16_t reply_hint_now = 0; // copied from the slot at transmit, never read
 
     // Photometric calibration [counts]

@@ -74,4 +74,12 @@ void panel(int panel, const QString& text) {
                "}");
 }
 
+void framing(const char* what, std::uint64_t cut, std::uint64_t joined, std::uint64_t dropped,
+             std::uint64_t dropped_bytes) {
+    if (!enabled()) return;
+    write_line("{\"t\":" + seconds() + ",\"framing\":\"" + what + "\",\"cut\":" + QByteArray::number(cut) +
+               ",\"joined\":" + QByteArray::number(joined) + ",\"dropped\":" + QByteArray::number(dropped) +
+               ",\"dropped_bytes\":" + QByteArray::number(dropped_bytes) + "}");
+}
+
 } // namespace lumora::trace

@@ -3,6 +3,7 @@
 
 #include <QSerialPort>
 #include <QStringList>
+#include <QTimer>
 
 namespace lumora {
 namespace {
@@ -11,6 +12,13 @@ class serial_backend : public comm_backend {
 public:
     serial_backend() {
         QObject::connect(&port_, &QSerialPort::readyRead, [this] { drain(); });
+        // A device that goes away (a USB adapter pulled, the far end of a pty closed) reports a
+        // resource error, or keeps the port readable at end of file; either ends the port.
+        QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
+            if (e == QSerialPort::ResourceError || e == QSerialPort::PermissionError ||
+                e == QSerialPort::ReadError || e == QSerialPort::WriteError)
+                report_failure();
+        });
     }
 
     QString open(int com_port, const QString& settings, bool rts) override {
@@ -55,6 +63,17 @@ public:
     }
 
 private:
+    // The port is closed a turn of the event loop later, outside QSerialPort's own handler.
+    void report_failure() {
+        if (!port_.isOpen()) return;
+        QString why = port_.errorString();
+        port_.clearError();
+        if (why.isEmpty()) why = QStringLiteral("the device is gone");
+        QTimer::singleShot(0, &port_, [this, why] {
+            if (port_.isOpen() && failed) failed(why);
+        });
+    }
+
     QSerialPort port_;
 };
 

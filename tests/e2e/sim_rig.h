@@ -14,8 +14,10 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <algorithm>
 #include <limits>
 #include <memory>
+#include <random>
 #include <vector>
 
 namespace lumora::test {
@@ -68,6 +70,15 @@ public:
         window->show_port_dialog();
     }
 
+    // Replies go to the port as a stalled interface would see them: everything that arrived
+    // between two ticks of Timer1, handed over just before the tick in random pieces (several
+    // replies merged, replies split in the middle, single bytes). Seeded, so a failure repeats.
+    void chunk_replies(std::uint64_t seed, int largest_piece) {
+        chunking_ = true;
+        chunk_rng_.seed(seed);
+        largest_piece_ = largest_piece;
+    }
+
     // Runs virtual time forward, delivering replies and ticking Timer1 while it is enabled.
     void run_for(double seconds) {
         const double end = instrument.now() + seconds;
@@ -82,11 +93,19 @@ public:
                 return;
             }
             if (reply_at <= tick_at) {
-                for (const auto& e : instrument.advance_to(reply_at))
-                    pipe->inject(QByteArray(reinterpret_cast<const char*>(e.bytes.data()),
-                                            static_cast<qsizetype>(e.bytes.size())));
+                for (const auto& e : instrument.advance_to(reply_at)) {
+                    const QByteArray bytes(reinterpret_cast<const char*>(e.bytes.data()),
+                                           static_cast<qsizetype>(e.bytes.size()));
+                    if (chunking_) {
+                        held_.append(bytes);
+                    } else {
+                        arrive(bytes, e.t);
+                    }
+                }
             } else {
                 instrument.advance_to(tick_at);
+                if (chunking_) deliver_held(tick_at);
+                silence_check(tick_at);
                 window->Timer1_Timer();
                 next_tick_ = tick_at + 0.05;
             }
@@ -148,9 +167,34 @@ public:
     std::vector<panel_write> writes;
 
 private:
+    // The port's silence rule on the virtual clock: an incomplete piece is dropped once the line
+    // has been quiet for the silence time.
+    void silence_check(double t) {
+        if (t - last_arrival_ >= comm_port::silence_ms / 1000.0) window->MSComm1().drop_incomplete();
+    }
+    void arrive(const QByteArray& bytes, double t) {
+        silence_check(t);
+        last_arrival_ = t;
+        pipe->inject(bytes);
+    }
+    void deliver_held(double t) {
+        std::uniform_int_distribution<int> size(1, largest_piece_);
+        for (qsizetype at = 0; at < held_.size();) {
+            const qsizetype n = std::min<qsizetype>(size(chunk_rng_), held_.size() - at);
+            arrive(held_.mid(at, n), t);
+            at += n;
+        }
+        held_.clear();
+    }
+
     std::unique_ptr<QTemporaryDir> dir_;
     QString data_folder_;
     double next_tick_ = 0.05;
+    double last_arrival_ = 0;
+    bool chunking_ = false;
+    std::mt19937_64 chunk_rng_;
+    int largest_piece_ = 1;
+    QByteArray held_;
 };
 
 } // namespace lumora::test

@@ -17,7 +17,10 @@ struct spectrum_rig {
     sim_rig rig;
     frmSpectrum* window = nullptr;
 
-    spectrum_rig() {
+    spectrum_rig() : spectrum_rig([](sim_rig&) {}) {}
+    // `prepare` sets the rig up before the port opens (faults, the way replies arrive).
+    template <class F> explicit spectrum_rig(F&& prepare) {
+        prepare(rig);
         spectrum_setup = SpectrumSetup{};
         reset_spectrum_data();
         EXPECT_TRUE(rig.open_port_until_live());

@@ -210,19 +210,33 @@ TEST_F(Decoder, ShortBufferReadsAsZeroAndIsStillUsed) {
     EXPECT_EQ(shared.readings[1], 0);
 }
 
-TEST_F(Decoder, ReceiveEventHandsTheBufferedBytesToTheDecoder) {
+TEST_F(Decoder, ReceiveEventHandsTheDecoderOneReplyAtATime) {
     QObject::connect(port.get(), &comm_port::OnComm, [] { on_comm_event(); });
     shared.measure_mode = mm_spectrum;
     port->RThreshold = 6;
     pipe->inject(bytes({rsp_intensity, 0, 1}));
     EXPECT_EQ(shared.reading_index, 0) << "three of six bytes wait";
-    pipe->inject(bytes({2, 0, 0, rsp_intensity, 0, 0}));
-    EXPECT_EQ(shared.reading_index, 1) << "a second frame in the same buffer is dropped with the first";
+    pipe->inject(bytes({2, 0, 0, rsp_intensity, 0, 0, 3, 0, 0, rsp_intensity, 0}));
+    EXPECT_EQ(shared.reading_index, 2) << "the second frame of the buffer is a reply of its own";
     EXPECT_EQ(shared.readings[0], 258);
-    EXPECT_EQ(port->InBufferCount(), 0);
+    EXPECT_EQ(shared.readings[1], 3);
+    EXPECT_EQ(port->InBufferCount(), 2) << "the start of a third frame waits for its rest";
+    EXPECT_EQ(port->counts().joined, 1u);
+    EXPECT_EQ(port->counts().cut, 2u);
+
+    // The threshold the decoder sets for the next reply is the one the rest is cut at: echo 4
+    // (one byte) sets 6 for the four dark values behind it in the same buffer.
+    port->Input();
+    shared.dark_count = 0;
+    port->RThreshold = 1;
+    QByteArray burst = bytes({cmd_read_dark});
+    for (std::uint8_t d = 1; d <= 4; ++d)
+        burst += bytes({rsp_dark_value, 0, 0, d, 0, 0});
+    pipe->inject(burst);
+    EXPECT_EQ(shared.dark_count, 4);
+    EXPECT_EQ(shared.dark_by_gain[3], 4);
 
     port->RThreshold = 0;
     pipe->inject(QByteArray(comm_port::in_buffer_size + 1, char(rsp_intensity)));
     EXPECT_EQ(port->InBufferCount(), 0) << "an overflowing buffer is read and thrown away";
-    EXPECT_EQ(shared.reading_index, 1);
 }

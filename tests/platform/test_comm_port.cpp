@@ -23,24 +23,70 @@ struct memory_port {
 
 } // namespace
 
-TEST(CommPortThreshold, EventOnlyOnceEnoughBytesAreBuffered) {
+TEST(CommPortThreshold, EachReceiveEventHandsOverOneReplyCutAtTheThreshold) {
     memory_port m;
     ASSERT_EQ(m.port.setPortOpen(true), QString());
-    int events = 0;
-    QByteArray got;
+    std::vector<QByteArray> got;
     QObject::connect(&m.port, &comm_port::OnComm, [&] {
-        ++events;
         EXPECT_EQ(m.port.CommEvent(), comm_port::comEvReceive);
-        got = m.port.Input();
+        got.push_back(m.port.Input());
+        // A one-byte reply announces six-byte replies behind it.
+        if (got.back().size() == 1) m.port.RThreshold = 6;
     });
     m.port.RThreshold = 6;
     m.pipe->inject(QByteArray::fromHex("4400"));
     m.pipe->inject(QByteArray::fromHex("5b8d"));
-    EXPECT_EQ(events, 0) << "4 of 6 bytes must not raise the event";
+    EXPECT_TRUE(got.empty()) << "4 of 6 bytes must not raise the event";
     m.pipe->inject(QByteArray::fromHex("0000ff"));
-    EXPECT_EQ(events, 1);
-    EXPECT_EQ(got, QByteArray::fromHex("44005b8d0000ff")) << "Input hands over every buffered byte";
-    EXPECT_EQ(m.port.InBufferCount(), 0);
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0], QByteArray::fromHex("44005b8d0000"));
+    EXPECT_EQ(m.port.InBufferCount(), 1) << "the byte behind the reply waits for its own";
+    EXPECT_EQ(m.port.counts().joined, 1u);
+    EXPECT_EQ(m.port.counts().cut, 1u);
+
+    // Silence: the incomplete piece goes, counted, and the next bytes start in step.
+    EXPECT_TRUE(m.port.drop_incomplete());
+    EXPECT_EQ(m.port.counts().dropped, 1u);
+    EXPECT_EQ(m.port.counts().dropped_bytes, 1u);
+    got.clear();
+    m.port.RThreshold = 1;
+    m.pipe->inject(QByteArray::fromHex("05" "66000102000066000103000066"));
+    ASSERT_EQ(got.size(), 3u);
+    EXPECT_EQ(got[0], QByteArray::fromHex("05"));
+    EXPECT_EQ(got[1], QByteArray::fromHex("660001020000"));
+    EXPECT_EQ(got[2], QByteArray::fromHex("660001030000"));
+    EXPECT_EQ(m.port.InBufferCount(), 1);
+
+    // Outside a receive event Input empties the port, the waiting piece included.
+    EXPECT_EQ(m.port.Input(), QByteArray::fromHex("66"));
+    EXPECT_FALSE(m.port.drop_incomplete());
+}
+
+TEST(CommPortThreshold, ALargeArrivalIsFramedWithoutOverflow) {
+    memory_port m;
+    ASSERT_EQ(m.port.setPortOpen(true), QString());
+    int replies = 0, overflow = 0;
+    QObject::connect(&m.port, &comm_port::OnComm, [&] {
+        if (m.port.CommEvent() == comm_port::comEventRxOver) ++overflow;
+        if (m.port.Input().size() == 6) ++replies;
+    });
+    m.port.RThreshold = 6;
+    m.pipe->inject(QByteArray(6 * 2000, 'D')); // a stall of two seconds at full line speed
+    EXPECT_EQ(replies, 2000);
+    EXPECT_EQ(overflow, 0);
+}
+
+TEST(CommPortThreshold, SilenceDropsAnIncompletePieceOnTheRealClock) {
+    memory_port m;
+    ASSERT_EQ(m.port.setPortOpen(true), QString());
+    std::vector<QByteArray> got;
+    QObject::connect(&m.port, &comm_port::OnComm, [&] { got.push_back(m.port.Input()); });
+    m.port.RThreshold = 6;
+    m.pipe->inject(QByteArray::fromHex("44000102")); // a short frame, then nothing
+    EXPECT_TRUE(test::wait_until([&] { return m.port.counts().dropped == 1; }, 2000));
+    m.pipe->inject(QByteArray::fromHex("440000050000"));
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0], QByteArray::fromHex("440000050000")) << "the next frame is read in step";
 }
 
 TEST(CommPortThreshold, ZeroThresholdNeverRaisesAndBytesWaitForInput) {
@@ -150,14 +196,19 @@ TEST(CommPortOnPty, BytesCrossARealPseudoTerminalWithThresholdFraming) {
     port.Output(QByteArray::fromHex("0601f4"));
     EXPECT_EQ(pty.receive(3), QByteArray::fromHex("0601f4"));
 
-    // In: a 6-byte frame sent in two halves raises one event with the whole frame.
+    // In: a 6-byte frame sent in two halves raises one event with the whole frame; three frames
+    // written at once raise three events.
     port.RThreshold = 6;
     pty.send(QByteArray::fromHex("440012"));
-    test::wait_until([] { return false; }, 100);
+    test::wait_until([] { return false; }, 10); // read, and shorter than the silence time
     EXPECT_TRUE(frames.empty()) << "half a frame must not raise the event";
     pty.send(QByteArray::fromHex("d68700"));
     ASSERT_TRUE(test::wait_until([&] { return !frames.empty(); }));
     EXPECT_EQ(frames.front(), QByteArray::fromHex("440012d68700"));
+    frames.clear();
+    pty.send(QByteArray::fromHex("663700000000" "663800000000" "663900000000"));
+    ASSERT_TRUE(test::wait_until([&] { return frames.size() == 3; }));
+    EXPECT_EQ(frames[2], QByteArray::fromHex("663900000000"));
 
     // Threshold 0: bytes are kept, no event, until Input takes them.
     frames.clear();

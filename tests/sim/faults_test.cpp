@@ -68,5 +68,30 @@ TEST(SimFaults, DropLosesEveryNthFrameUntilSwitchedOff) {
     EXPECT_NE(inst.control("state").find("faults=none"), std::string::npos);
 }
 
+TEST(SimFaults, BurstSendsTwoToFiveRepliesAsOneWriteAndLosesNone) {
+    Instrument inst;
+    EXPECT_EQ(inst.control("fault burst on"), "ok fault burst on");
+    const auto out = exchange(inst, {kCmdZeroHere}, 10 * 0.05053 + 0.01);
+    std::vector<std::uint8_t> all;
+    std::size_t writes = 0;
+    for (const Emission& e : out) {
+        ++writes;
+        all.insert(all.end(), e.bytes.begin(), e.bytes.end());
+        if (e.bytes.front() == kRspIntensity) {
+            EXPECT_GE(e.bytes.size(), 2 * kFrameSize);
+            EXPECT_LE(e.bytes.size(), 5 * kFrameSize);
+            EXPECT_EQ(e.bytes.size() % kFrameSize, 0u) << "replies are whole, only grouped";
+        }
+    }
+    EXPECT_LT(writes, 8u);
+    EXPECT_EQ(inst.control("fault burst off"), "ok fault burst off");
+    // Switched off, whatever was held leaves with the next reply; nothing is lost on the way.
+    const auto rest = inst.advance(0.06);
+    for (const Emission& e : rest)
+        all.insert(all.end(), e.bytes.begin(), e.bytes.end());
+    EXPECT_EQ(all.size(), 1 + 11 * kFrameSize) << "the echo and eleven frames";
+    EXPECT_NE(inst.control("state").find("faults=none"), std::string::npos);
+}
+
 } // namespace
 } // namespace lumora::sim
