@@ -124,7 +124,7 @@ private:
     const layout_rules& rules_;
     double last_value_ = std::numeric_limits<double>::quiet_NaN();
     int last_row_ = 0;
-    std::array<QLine, plot_columns> pending_;
+    std::array<QLine, 64> pending_;
     std::size_t count_ = 0;
     QColor pending_color_;
 };

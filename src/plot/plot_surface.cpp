@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <optional>
 
 namespace lumora {
 namespace {
@@ -172,6 +171,12 @@ const plot_surface::line_shape* plot_surface::shape_of(const QLine& l) {
     return &shape;
 }
 
+std::optional<QRgb> plot_surface::known_pixel(const QColor& color) const {
+    for (const auto& [known, value] : known_pixels_)
+        if (known == color && known.isValid()) return value;
+    return std::nullopt;
+}
+
 void plot_surface::set_line_shapes(bool enabled) {
     shapes_enabled_ = enabled;
 }
@@ -198,7 +203,7 @@ void plot_surface::lines(std::span<const QLine> segments, const QColor& color) {
     };
     // Only an opaque colour paints the same pixel value whatever lies beneath.
     const bool copy_shapes = color.alpha() == 255;
-    std::optional<QRgb> value; // the colour's pixel, as the painter wrote it
+    std::optional<QRgb> value = known_pixel(color); // the colour's pixel, as the painter wrote it
     constexpr int ratio = static_cast<int>(device_ratio);
     // A copied shape stays two device pixels inside the image, where the painter never clips.
     const int inside_right = image_.width() - 3, inside_bottom = image_.height() - 3;
@@ -237,6 +242,7 @@ void plot_surface::lines(std::span<const QLine> segments, const QColor& color) {
             flush();
             const shape_span& s = shape->spans.front();
             value = pixel(ox + s.x, oy + s.row);
+            known_pixels_[next_known_++ % known_pixels_.size()] = {color, *value};
         }
         if (n == chunk) flush();
     }

@@ -14,6 +14,7 @@
 #include <QWidget>
 #include <array>
 #include <memory>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -108,6 +109,8 @@ private:
     };
     // The shape of l, drawn by the painter the first time; null for a shape too large to keep.
     const line_shape* shape_of(const QLine& l);
+    // The pixel value the painter wrote for an opaque colour, once it has drawn a line of it.
+    std::optional<QRgb> known_pixel(const QColor& color) const;
 
     QSize logical_;
     QImage image_;
@@ -130,6 +133,8 @@ private:
         const line_shape* shape = nullptr;
     };
     std::array<recent_shape, 1024> recent_shapes_{};
+    std::array<std::pair<QColor, QRgb>, 32> known_pixels_{}; // the colours met last
+    std::size_t next_known_ = 0;
     bool shapes_enabled_ = true;
 };
 
