@@ -61,9 +61,12 @@ void BM_IntensityFrame_DecoderOnly(benchmark::State& state) {
 }
 BENCHMARK(BM_IntensityFrame_DecoderOnly);
 
-// The tenth frame on its own: what one live reading costs.
+// The tenth frame on its own: what one live reading costs, shown as ABS ("0.301A"), %T
+// ("50.0%T") or concentration ("0.903C").
 void BM_IntensityFrame_CompletingReading(benchmark::State& state) {
     lambda_panel_link link;
+    shared.lambda_show_mode = static_cast<std::uint16_t>(state.range(0));
+    shared.conc_factor = 3.0f;
     for (std::size_t k = 0; k < 10; ++k)
         recv_message(link.frames[k].data(), 6);
     const long long before = allocations();
@@ -73,7 +76,7 @@ void BM_IntensityFrame_CompletingReading(benchmark::State& state) {
     }
     report(state, allocations() - before);
 }
-BENCHMARK(BM_IntensityFrame_CompletingReading);
+BENCHMARK(BM_IntensityFrame_CompletingReading)->Arg(0)->Arg(1)->Arg(2);
 
 // The whole receive path: bytes into the port's buffer, the receive event, Input, the decoder.
 void BM_IntensityFrame_ThroughPort(benchmark::State& state) {

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <benchmark/benchmark.h>
 #include <cmath>
+#include <memory>
 
 using namespace lumora;
 
@@ -68,6 +69,29 @@ void BM_ZoomData_20Curves(benchmark::State& state) {
     benchmark::DoNotOptimize(view.screen_curve[140]);
 }
 BENCHMARK(BM_ZoomData_20Curves)->Args({330, 1100})->Args({500, 600})->Unit(benchmark::kMillisecond);
+
+// The same redraw on a surface that has drawn nothing yet: every line shape is met for the first
+// time and drawn by the painter once, as on the window's first redraw.
+void BM_ZoomData_20Curves_FirstTime(benchmark::State& state) {
+    reset_shared_state();
+    set_default_colors();
+    fill_curves(20);
+    plot_view view;
+    init_view(view, 330, 1100, 3.0, 0.0);
+    std::vector<curve_data> curves;
+    for (int s = 1; s <= 20; ++s)
+        curves.push_back(baseline_curve(s));
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto surface = std::make_unique<plot_surface>(QSize(400, 520));
+        state.ResumeTiming();
+        zoom_data(*surface, view, spectrum_axes(false), curves, 19);
+        state.PauseTiming();
+        surface.reset();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_ZoomData_20Curves_FirstTime)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

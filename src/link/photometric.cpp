@@ -44,29 +44,51 @@ bool show_now_abs(std::int32_t intensity) {
     return true;
 }
 
-std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
-                         float factor) {
+namespace {
+
+// The value panel 2 shows and its pattern, the unit included; no pattern for an unknown mode.
+struct reading_format {
+    double value = 0;
+    const char* pattern = nullptr;
+};
+
+reading_format reading_of(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                          float factor) {
     switch (show_mode) {
     case 0:
-        return format_number(abs, four_digits ? "#0.0000" : "#0.000") + "A";
-    case 1: {
-        const char* pattern;
-        if (percent_t < 1)
-            pattern = four_digits ? "#0.0000" : "#0.000";
-        else if (percent_t < 10)
-            pattern = four_digits ? "#0.000" : "#0.00";
-        else
-            pattern = four_digits ? "#0.00" : "#0.0";
-        return format_number(percent_t, pattern) + "%T";
-    }
+        return {abs, four_digits ? "#0.0000A" : "#0.000A"};
+    case 1:
+        if (percent_t < 1) return {percent_t, four_digits ? "#0.0000%T" : "#0.000%T"};
+        if (percent_t < 10) return {percent_t, four_digits ? "#0.000%T" : "#0.00%T"};
+        return {percent_t, four_digits ? "#0.00%T" : "#0.0%T"};
     case 2: {
         // The product is of the absorbance as displayed, not of the full-precision value.
-        const double shown = val(format_number(abs, four_digits ? "0.0000" : "0.000"));
-        return format_number(static_cast<double>(factor) * shown, four_digits ? "#0.0000" : "#0.000") + "C";
+        char shown[64];
+        const std::size_t n = format_number(shown, abs, four_digits ? "0.0000" : "0.000");
+        const double a = n <= sizeof shown ? val(std::string_view(shown, n))
+                                           : val(format_number(abs, four_digits ? "0.0000" : "0.000"));
+        return {static_cast<double>(factor) * a, four_digits ? "#0.0000C" : "#0.000C"};
     }
     default:
         return {};
     }
+}
+
+} // namespace
+
+std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                         float factor) {
+    const reading_format r = reading_of(show_mode, four_digits, abs, percent_t, factor);
+    return r.pattern ? format_number(r.value, r.pattern) : std::string();
+}
+
+void reading_text(QString& out, std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                  float factor) {
+    const reading_format r = reading_of(show_mode, four_digits, abs, percent_t, factor);
+    if (r.pattern)
+        format_text(out, r.value, r.pattern);
+    else
+        out.resize(0);
 }
 
 } // namespace lumora

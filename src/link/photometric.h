@@ -3,6 +3,7 @@
 // and the text of the live reading in panel 2.
 #include "shared_state.h"
 
+#include <QString>
 #include <string>
 
 namespace lumora {
@@ -24,5 +25,8 @@ bool show_now_abs(std::int32_t intensity);
 // The text of the live reading for the lambda panel's mode and digits: "0.000A", "100.0%T", "0.308C".
 std::string reading_text(std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
                          float factor);
+// The same text written into `out` in place (see format_text): a reading a frame, no allocation.
+void reading_text(QString& out, std::uint16_t show_mode, bool four_digits, double abs, double percent_t,
+                  float factor);
 
 } // namespace lumora

@@ -10,6 +10,7 @@
 #include "shared_state.h"
 #include "trace.h"
 
+#include <array>
 #include <vector>
 
 namespace lumora {
@@ -60,8 +61,21 @@ void heartbeat() {
         lambda_show_data(get_now_data());
         shared.zero_pending = false;
     }
+    // A dot a reading after "OK", up to six characters; the texts of that series are built once.
+    static const std::array<QString, 5> ok_dots = {QStringLiteral("OK"), QStringLiteral("OK."),
+                                                   QStringLiteral("OK.."), QStringLiteral("OK..."),
+                                                   QStringLiteral("OK....")};
     const QString t = panel_text(6);
-    set_panel(6, t.size() >= 6 ? QStringLiteral("OK") : t + QLatin1Char('.'));
+    if (t.size() >= 6) {
+        set_panel(6, ok_dots[0]);
+        return;
+    }
+    for (std::size_t i = 0; i + 1 < ok_dots.size(); ++i)
+        if (t == ok_dots[i]) {
+            set_panel(6, ok_dots[i + 1]);
+            return;
+        }
+    set_panel(6, t + QLatin1Char('.'));
 }
 
 void intensity_frame(std::int32_t value) {
@@ -340,10 +354,20 @@ void on_comm_event() {
 }
 
 void lambda_show_data(std::int32_t intensity) {
-    if (show_now_abs(intensity))
-        set_panel(2, QString::fromStdString(reading_text(shared.lambda_show_mode, shared.lambda_four_digits,
-                                                         shared.now_abs, shared.now_percent_t,
-                                                         shared.conc_factor)));
+    if (!show_now_abs(intensity)) return;
+    // The panel keeps at most one of these two texts (a label keeps its own when the new one is
+    // equal), so the other is held by nobody else and is rewritten in place: a reading costs no
+    // allocation.
+    static std::array<QString, 2> texts = [] {
+        std::array<QString, 2> t;
+        for (QString& s : t)
+            s.reserve(16);
+        return t;
+    }();
+    QString& text = texts[0].isDetached() ? texts[0] : texts[1];
+    reading_text(text, shared.lambda_show_mode, shared.lambda_four_digits, shared.now_abs,
+                 shared.now_percent_t, shared.conc_factor);
+    set_panel(2, text);
 }
 
 void startup_finish() {

@@ -1,10 +1,13 @@
 #include "numeric_text.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <memory>
 
 namespace lumora {
 namespace {
@@ -13,50 +16,40 @@ bool is_digit_placeholder(char c) {
     return c == '0' || c == '#';
 }
 
-// The decimal digits of |x| with the point after `int_digits` of them, rounded half away from
-// zero to `decimals` places. Works on the 15-significant-digit form so that binary noise such as
-// 2.67499999... rounds as the 2.675 the user typed.
-std::string rounded_digits(double x, int decimals, int& int_digits) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.14e", std::fabs(x));
-    // buf: d.dddddddddddddde[+-]XX
-    std::string mant;
-    mant += buf[0];
-    const char* p = buf + 2;
-    while (*p && *p != 'e')
-        mant += *p++;
-    int exp10 = std::atoi(p + 1);
-    if (x == 0.0) exp10 = 0;
-    // Value = 0.mant * 10^(exp10 + 1); pad so that the integer part has at least one digit.
-    int point = exp10 + 1;
-    if (point < 1) {
-        mant.insert(0, static_cast<std::size_t>(1 - point), '0');
-        point = 1;
+// Writes into a caller's buffer and counts what did not fit, so that the caller can tell.
+class text_sink {
+public:
+    explicit text_sink(std::span<char> out) : out_(out) {}
+    void put(char c) {
+        if (size_ < out_.size()) out_[size_] = c;
+        ++size_;
     }
-    const std::size_t keep = static_cast<std::size_t>(point + decimals);
-    if (mant.size() < keep + 1) mant.append(keep + 1 - mant.size(), '0');
-    const bool round_up = mant[keep] >= '5';
-    mant.resize(keep);
-    if (round_up) {
-        int i = static_cast<int>(keep) - 1;
-        while (i >= 0 && mant[static_cast<std::size_t>(i)] == '9')
-            mant[static_cast<std::size_t>(i--)] = '0';
-        if (i >= 0) {
-            ++mant[static_cast<std::size_t>(i)];
-        } else {
-            mant.insert(0, 1, '1');
-            ++point;
-        }
+    void put(std::string_view s) {
+        for (char c : s)
+            put(c);
     }
-    int_digits = point;
-    return mant;
-}
+    void put(char c, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            put(c);
+    }
+    std::size_t size() const { return size_; }
 
-} // namespace
+private:
+    std::span<char> out_;
+    std::size_t size_ = 0;
+};
 
-std::string format_number(double x, std::string_view pattern) {
-    if (!std::isfinite(x)) return std::isnan(x) ? "NaN" : (x > 0 ? "Inf" : "-Inf");
-    // Split the pattern into literal prefix, number part and literal suffix.
+// The number part of a pattern and the literals around it.
+struct number_pattern {
+    std::string_view prefix, suffix;
+    bool has_point = false;
+    bool has_decimal_places = false; // anything after the point
+    int min_int = 0;                 // '0' placeholders before the point
+    int decimals = 0, min_dec = 0;   // placeholders after the point, and up to the last '0'
+};
+
+// False when the pattern has no number part at all.
+bool split_pattern(std::string_view pattern, number_pattern& p) {
     std::size_t first = pattern.size(), last = 0;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         if (is_digit_placeholder(pattern[i]) || pattern[i] == '.') {
@@ -64,49 +57,139 @@ std::string format_number(double x, std::string_view pattern) {
             last = i;
         }
     }
-    if (first == pattern.size()) return std::string(pattern);
-    const std::string_view prefix = pattern.substr(0, first);
+    if (first == pattern.size()) return false;
+    p.prefix = pattern.substr(0, first);
+    p.suffix = pattern.substr(last + 1);
     const std::string_view number = pattern.substr(first, last - first + 1);
-    const std::string_view suffix = pattern.substr(last + 1);
-
     const std::size_t dot = number.find('.');
-    const std::string_view int_pat = number.substr(0, dot);
-    const std::string_view dec_pat =
-        dot == std::string_view::npos ? std::string_view{} : number.substr(dot + 1);
-    int min_int = 0;
-    for (char c : int_pat)
-        min_int += c == '0';
-    int decimals = 0, min_dec = 0;
-    for (char c : dec_pat) {
-        if (is_digit_placeholder(c)) ++decimals;
-        if (c == '0') min_dec = decimals;
+    p.has_point = dot != std::string_view::npos;
+    for (char c : number.substr(0, dot))
+        p.min_int += c == '0';
+    if (p.has_point) {
+        const std::string_view dec = number.substr(dot + 1);
+        p.has_decimal_places = !dec.empty();
+        for (char c : dec) {
+            if (is_digit_placeholder(c)) ++p.decimals;
+            if (c == '0') p.min_dec = p.decimals;
+        }
     }
+    return true;
+}
 
+// |x| as 0.ddddddddddddddd * 10^point: its fifteen significant digits. Working on these, binary
+// noise such as 2.67499999... rounds as the 2.675 the user typed.
+struct significant {
+    char digits[15];
+    int point;
+};
+
+significant significant_digits(double x) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.14e", std::fabs(x));
+    // buf: d.dddddddddddddde[+-]XX
+    significant s{};
+    s.digits[0] = buf[0];
+    std::memcpy(s.digits + 1, buf + 2, 14);
+    s.point = (x == 0.0 ? 0 : std::atoi(buf + 17)) + 1;
+    return s;
+}
+
+// The integer digits (at least one) and the decimals a rounding to `decimals` places keeps.
+int kept_digits(const significant& s, int decimals) {
+    return std::max(s.point, 1) + decimals;
+}
+
+// The decimal digits of |x| with the point after `int_digits` of them, rounded half away from
+// zero to `decimals` places, into `digits`, which has room for kept_digits + 1; returns the count.
+std::size_t rounded_digits(const significant& s, int decimals, char* digits, int& int_digits) {
+    // Zeros in front give the integer part at least one digit; zeros behind stand for the places
+    // past the fifteen.
+    const int leading = s.point < 1 ? 1 - s.point : 0;
+    int_digits = std::max(s.point, 1);
+    const int keep = int_digits + decimals;
+    const auto digit = [&](int j) {
+        const int k = j - leading;
+        return j < leading || k >= 15 ? '0' : s.digits[k];
+    };
+    // digits[0] is left for a carry out of the first digit.
+    for (int j = 0; j < keep; ++j)
+        digits[j + 1] = digit(j);
+    if (digit(keep) >= '5') {
+        int i = keep;
+        while (i >= 1 && digits[i] == '9')
+            digits[i--] = '0';
+        if (i >= 1) {
+            ++digits[i];
+        } else {
+            digits[0] = '1';
+            ++int_digits;
+            return static_cast<std::size_t>(keep + 1);
+        }
+    }
+    std::memmove(digits, digits + 1, static_cast<std::size_t>(keep));
+    return static_cast<std::size_t>(keep);
+}
+
+void format_into(text_sink& out, double x, std::string_view pattern) {
+    if (!std::isfinite(x)) {
+        out.put(std::isnan(x) ? "NaN" : (x > 0 ? "Inf" : "-Inf"));
+        return;
+    }
+    number_pattern p;
+    if (!split_pattern(pattern, p)) {
+        out.put(pattern);
+        return;
+    }
+    const significant sig = significant_digits(x);
+    // The digits of any usual number fit on the stack; a huge one or a very long pattern does not.
+    const std::size_t room = static_cast<std::size_t>(kept_digits(sig, p.decimals)) + 1;
+    char local[128];
+    std::unique_ptr<char[]> large;
+    char* digits = local;
+    if (room > sizeof local) {
+        large = std::make_unique<char[]>(room);
+        digits = large.get();
+    }
     int int_digits = 0;
-    const std::string digits = rounded_digits(x, decimals, int_digits);
-    std::string int_part = digits.substr(0, static_cast<std::size_t>(int_digits));
-    std::string dec_part = digits.substr(static_cast<std::size_t>(int_digits));
-    // Strip insignificant leading zeros, keeping as many as the '0' placeholders ask for.
-    std::size_t lead = 0;
-    while (lead < int_part.size() && int_part[lead] == '0')
-        ++lead;
-    int_part.erase(0, lead);
-    if (static_cast<int>(int_part.size()) < min_int)
-        int_part.insert(0, static_cast<std::size_t>(min_int) - int_part.size(), '0');
+    const std::size_t count = rounded_digits(sig, p.decimals, digits, int_digits);
+    const std::string_view all(digits, count);
+    std::string_view int_part = all.substr(0, static_cast<std::size_t>(int_digits));
+    std::string_view dec_part = all.substr(static_cast<std::size_t>(int_digits));
+    // Insignificant leading zeros go, keeping as many as the '0' placeholders ask for.
+    while (!int_part.empty() && int_part.front() == '0')
+        int_part.remove_prefix(1);
     // Trailing '#' decimals are dropped when they are zero.
-    while (static_cast<int>(dec_part.size()) > min_dec && dec_part.back() == '0')
-        dec_part.pop_back();
+    while (static_cast<int>(dec_part.size()) > p.min_dec && dec_part.back() == '0')
+        dec_part.remove_suffix(1);
 
-    const bool is_zero = digits.find_first_not_of('0') == std::string::npos;
-    std::string out(prefix);
-    if (x < 0 && !is_zero) out += '-';
-    out += int_part;
-    if (dot != std::string_view::npos && (!dec_part.empty() || dec_pat.empty())) {
-        out += '.';
-        out += dec_part;
+    const bool is_zero = all.find_first_not_of('0') == std::string_view::npos;
+    out.put(p.prefix);
+    if (x < 0 && !is_zero) out.put('-');
+    if (static_cast<int>(int_part.size()) < p.min_int)
+        out.put('0', static_cast<std::size_t>(p.min_int) - int_part.size());
+    out.put(int_part);
+    if (p.has_point && (!dec_part.empty() || !p.has_decimal_places)) {
+        out.put('.');
+        out.put(dec_part);
     }
-    out += suffix;
-    return out;
+    out.put(p.suffix);
+}
+
+} // namespace
+
+std::size_t format_number(std::span<char> out, double x, std::string_view pattern) {
+    text_sink sink(out);
+    format_into(sink, x, pattern);
+    return sink.size();
+}
+
+std::string format_number(double x, std::string_view pattern) {
+    char buf[64];
+    const std::size_t n = format_number(buf, x, pattern);
+    if (n <= sizeof buf) return std::string(buf, n);
+    std::string text(n, '\0');
+    format_number(text, x, pattern);
+    return text;
 }
 
 double val(std::string_view text) {
@@ -161,6 +244,22 @@ std::int32_t fix(double x) {
 
 QString format_text(double x, std::string_view pattern) {
     return QString::fromStdString(format_number(x, pattern));
+}
+
+void format_text(QString& out, double x, std::string_view pattern) {
+    char buf[64];
+    const std::size_t n = format_number(buf, x, pattern);
+    const bool ascii = std::all_of(buf, buf + std::min(n, sizeof buf),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (n > sizeof buf || !ascii) {
+        out = format_text(x, pattern);
+        return;
+    }
+    // Written in place: resize keeps the buffer when it has room and nobody else holds it.
+    out.resize(static_cast<qsizetype>(n));
+    QChar* d = out.data();
+    for (std::size_t i = 0; i < n; ++i)
+        d[i] = QLatin1Char(buf[i]);
 }
 
 bool fits_int16(double x) {

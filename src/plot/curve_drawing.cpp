@@ -6,6 +6,9 @@
 #include "plot_scaling.h"
 #include "plot_surface.h"
 
+#include <limits>
+#include <span>
+
 namespace lumora {
 namespace {
 
@@ -73,35 +76,75 @@ layout_target upper_plot(plot_view& v) {
     return {v.screen_curve, y_to_pixel, v.view_high, v.view_low, plot_top, plot_bottom};
 }
 
-// The line that joins column c - 1 to column c.
-void join(plot_surface& s, const layout_target& t, int c, const QColor& color, const layout_rules& rules) {
-    if (c <= 0) return;
-    const double from = t.values[static_cast<std::size_t>(c - 1)];
-    if (rules.gap_after_zero && from == 0) return;
-    const int y1 = t.row_of(from, t.high, t.low);
-    const int y2 = t.row_of(t.values[static_cast<std::size_t>(c)], t.high, t.low);
-    QColor pen = color;
-    if (y1 == t.top && y2 == t.top) pen = Qt::black;
-    if (y1 == t.bottom && y2 == t.bottom) pen = Qt::white;
-    s.line(c + plot_left - 1, y1, c + plot_left, y2, pen);
-}
+// The lines that join each column to the one before, on their way to the surface. Consecutive
+// lines of one colour go out together under one pen; the stretches keep their order, so where a
+// clipped stretch meets the curve the later line still paints the shared end pixel, as it would
+// line by line. A line starts on the row the one before ended on, which is kept rather than
+// worked out again.
+class curve_joins {
+public:
+    curve_joins(plot_surface& s, const layout_target& t, const QColor& color, const layout_rules& rules)
+        : surface_(s), t_(t), color_(color), rules_(rules) {}
+    curve_joins(const curve_joins&) = delete;
+    curve_joins& operator=(const curve_joins&) = delete;
+    ~curve_joins() { flush(); }
+
+    // The line that joins column c - 1 to column c.
+    void join(int c) {
+        if (c <= 0) return;
+        const double from = t_.values[static_cast<std::size_t>(c - 1)];
+        if (rules_.gap_after_zero && from == 0) return;
+        const int y1 = row(from);
+        const int y2 = row(t_.values[static_cast<std::size_t>(c)]);
+        static const QColor black(Qt::black), white(Qt::white);
+        const QColor* pen = &color_;
+        if (y1 == t_.top && y2 == t_.top) pen = &black;
+        if (y1 == t_.bottom && y2 == t_.bottom) pen = &white;
+        if (count_ > 0 && (*pen != pending_color_ || count_ == pending_.size())) flush();
+        pending_color_ = *pen;
+        pending_[count_++] = QLine(c + plot_left - 1, y1, c + plot_left, y2);
+    }
+
+private:
+    int row(double value) {
+        if (!(value == last_value_)) {
+            last_value_ = value;
+            last_row_ = t_.row_of(value, t_.high, t_.low);
+        }
+        return last_row_;
+    }
+    void flush() {
+        if (count_ > 0) surface_.lines(std::span(pending_.data(), count_), pending_color_);
+        count_ = 0;
+    }
+
+    plot_surface& surface_;
+    const layout_target& t_;
+    const QColor& color_;
+    const layout_rules& rules_;
+    double last_value_ = std::numeric_limits<double>::quiet_NaN();
+    int last_row_ = 0;
+    std::array<QLine, 64> pending_;
+    std::size_t count_ = 0;
+    QColor pending_color_;
+};
 
 // Span of 280 or more: one stored point per column, the nearest to the column's position.
-void lay_out_by_column(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
+void lay_out_by_column(curve_joins& joins, plot_view& v, const layout_target& t, const curve_data& curve,
                        const layout_rules& rules) {
     const double per_column = v.view_span / 280.0;
     for (int c = v.plot_column; c <= 280; ++c) {
         const int w = cint(per_column * c) + v.view_start;
         if (rules.wait_for_data && w > curve.last_stored_x) return;
         if (w >= curve.first_valid_x) t.values[static_cast<std::size_t>(c)] = curve.value_at(w);
-        join(s, t, c, curve.color, rules);
+        joins.join(c);
         v.plot_column = static_cast<std::int16_t>(c + 1);
     }
 }
 
 // Span under 280: each nanometre spreads over several columns, filled by a straight line between
 // the stored points at its two ends.
-void lay_out_by_point(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
+void lay_out_by_point(curve_joins& joins, plot_view& v, const layout_target& t, const curve_data& curve,
                       const layout_rules& rules) {
     const double f = 280.0 / v.view_span;
     for (;;) {
@@ -120,7 +163,7 @@ void lay_out_by_point(plot_surface& s, plot_view& v, const layout_target& t, con
             const int c = p1 + k;
             if (c > 280) return;
             t.values[static_cast<std::size_t>(c)] = k * slope + a;
-            join(s, t, c, curve.color, rules);
+            joins.join(c);
         }
         v.draw_position = n + 1;
     }
@@ -129,10 +172,11 @@ void lay_out_by_point(plot_surface& s, plot_view& v, const layout_target& t, con
 void lay_out(plot_surface& s, plot_view& v, const layout_target& t, const curve_data& curve,
              const layout_rules& rules) {
     if (v.view_span <= 0) return; // no range to spread over the columns
+    curve_joins joins(s, t, curve.color, rules);
     if (v.view_span >= 280)
-        lay_out_by_column(s, v, t, curve, rules);
+        lay_out_by_column(joins, v, t, curve, rules);
     else
-        lay_out_by_point(s, v, t, curve, rules);
+        lay_out_by_point(joins, v, t, curve, rules);
 }
 
 } // namespace

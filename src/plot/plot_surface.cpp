@@ -2,7 +2,9 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace lumora {
 namespace {
@@ -19,20 +21,29 @@ QFont make_plot_font() {
     return f;
 }
 
-// A line through the centres of two logical pixels, one logical pixel wide, both end pixels
-// included (square caps reach half a pixel beyond each centre).
-void draw_pixel_line(QPainter& p, int x1, int y1, int x2, int y2, const QColor& color, Qt::PenStyle style) {
-    if (x1 == x2 && y1 == y2) {
-        p.fillRect(QRectF(x1, y1, 1, 1), color);
-        return;
-    }
+QPen line_pen(const QColor& color, Qt::PenStyle style) {
     QPen pen(color);
     pen.setWidthF(1.0);
     pen.setCapStyle(Qt::SquareCap);
     pen.setJoinStyle(Qt::MiterJoin);
     pen.setStyle(style);
-    p.setPen(pen);
-    p.drawLine(QPointF(x1 + 0.5, y1 + 0.5), QPointF(x2 + 0.5, y2 + 0.5));
+    return pen;
+}
+
+// The line through the centres of two logical pixels.
+QLineF centre_line(int x1, int y1, int x2, int y2) {
+    return QLineF(QPointF(x1 + 0.5, y1 + 0.5), QPointF(x2 + 0.5, y2 + 0.5));
+}
+
+// A line through the centres of two logical pixels, one logical pixel wide, both end pixels
+// included (square caps reach half a pixel beyond each centre). A line of no length is its pixel.
+void draw_pixel_line(QPainter& p, int x1, int y1, int x2, int y2, const QColor& color, Qt::PenStyle style) {
+    if (x1 == x2 && y1 == y2) {
+        p.fillRect(QRectF(x1, y1, 1, 1), color);
+        return;
+    }
+    p.setPen(line_pen(color, style));
+    p.drawLine(centre_line(x1, y1, x2, y2));
 }
 
 void setup_painter(QPainter& p, const QFont& font) {
@@ -98,6 +109,145 @@ void plot_surface::clear(const QColor& background) {
 void plot_surface::line(int x1, int y1, int x2, int y2, const QColor& color, Qt::PenStyle style) {
     draw_pixel_line(painter(), x1, y1, x2, y2, color, style);
     done_painting(QRect(QPoint(x1, y1), QPoint(x2, y2)).normalized());
+}
+
+// ---- Lines by their shape ----------------------------------------------------------------------
+//
+// The painter rasterises a line from its end points in device coordinates; moved by whole device
+// pixels, a line keeps exactly the same pixels. So each shape (the run and rise between the two
+// end pixels) is drawn by the painter once, on a scratch image, and its pixels are kept as spans
+// relative to the start pixel. A line of that shape anywhere on the image is then those spans
+// filled with the colour's pixel value, which the painter itself produced on the line before.
+
+namespace {
+
+constexpr int shape_limit = 1024; // shapes wider or taller than this go to the painter
+
+int shape_key(int dx, int dy) {
+    return (dx + shape_limit) * (2 * shape_limit + 1) + (dy + shape_limit);
+}
+
+} // namespace
+
+const plot_surface::line_shape* plot_surface::shape_of(const QLine& l) {
+    const int dx = l.dx(), dy = l.dy();
+    if (std::abs(dx) >= shape_limit || std::abs(dy) >= shape_limit) return nullptr;
+    const int key = shape_key(dx, dy);
+    // A curve asks for a shape per column: the last shapes stand in a small table by key first.
+    recent_shape& recent = recent_shapes_[static_cast<std::size_t>(key) % recent_shapes_.size()];
+    if (recent.shape && recent.key == key) return recent.shape;
+    const auto [it, fresh] = shapes_.try_emplace(key);
+    line_shape& shape = it->second;
+    recent = {key, &shape};
+    if (!fresh) return &shape;
+    // A margin of two logical pixels keeps the line and its caps off the scratch image's edges.
+    constexpr int margin = 2;
+    const int sx = margin + std::max(0, -dx), sy = margin + std::max(0, -dy);
+    QImage scratch(QSize(std::abs(dx) + 2 * margin + 1, std::abs(dy) + 2 * margin + 1) *
+                       static_cast<int>(device_ratio),
+                   QImage::Format_ARGB32_Premultiplied);
+    scratch.setDevicePixelRatio(device_ratio);
+    scratch.fill(Qt::transparent);
+    {
+        QPainter p(&scratch);
+        setup_painter(p, font_);
+        draw_pixel_line(p, sx, sy, sx + dx, sy + dy, Qt::black, Qt::SolidLine);
+    }
+    const int ox = sx * static_cast<int>(device_ratio), oy = sy * static_cast<int>(device_ratio);
+    for (int y = 0; y < scratch.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(scratch.constScanLine(y));
+        for (int x = 0; x < scratch.width();) {
+            if (row[x] == 0) {
+                ++x;
+                continue;
+            }
+            const int from = x;
+            while (x < scratch.width() && row[x] != 0)
+                ++x;
+            shape.spans.push_back({y - oy, from - ox, x - from});
+            shape.bounds |= QRect(from - ox, y - oy, x - from, 1);
+        }
+    }
+    return &shape;
+}
+
+std::optional<QRgb> plot_surface::known_pixel(const QColor& color) const {
+    for (const auto& [known, value] : known_pixels_)
+        if (known == color && known.isValid()) return value;
+    return std::nullopt;
+}
+
+void plot_surface::set_line_shapes(bool enabled) {
+    shapes_enabled_ = enabled;
+}
+
+void plot_surface::lines(std::span<const QLine> segments, const QColor& color) {
+    if (segments.empty()) return;
+    if (!shapes_enabled_) {
+        for (const QLine& l : segments)
+            line(l.x1(), l.y1(), l.x2(), l.y2(), color);
+        return;
+    }
+    QPainter& p = painter();
+    // Lines the painter draws itself wait here, so that all lines still land in their order.
+    constexpr int chunk = 64;
+    std::array<QLineF, chunk> pending;
+    int n = 0;
+    bool pen_set = false;
+    const auto flush = [&] {
+        if (n == 0) return;
+        if (!pen_set) p.setPen(line_pen(color, Qt::SolidLine));
+        pen_set = true;
+        p.drawLines(pending.data(), n);
+        n = 0;
+    };
+    // Only an opaque colour paints the same pixel value whatever lies beneath.
+    const bool copy_shapes = color.alpha() == 255;
+    std::optional<QRgb> value = known_pixel(color); // the colour's pixel, as the painter wrote it
+    constexpr int ratio = static_cast<int>(device_ratio);
+    // A copied shape stays two device pixels inside the image, where the painter never clips.
+    const int inside_right = image_.width() - 3, inside_bottom = image_.height() - 3;
+    uchar* const bits = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    const auto pixel = [&](int x, int y) -> QRgb& { return reinterpret_cast<QRgb*>(bits + y * stride)[x]; };
+    int left = segments[0].x1(), right = left, top = segments[0].y1(), bottom = top;
+    for (const QLine& l : segments) {
+        left = std::min({left, l.x1(), l.x2()});
+        right = std::max({right, l.x1(), l.x2()});
+        top = std::min({top, l.y1(), l.y2()});
+        bottom = std::max({bottom, l.y1(), l.y2()});
+        if (l.p1() == l.p2()) {
+            flush();
+            p.fillRect(QRectF(l.x1(), l.y1(), 1, 1), color);
+            continue;
+        }
+        const line_shape* shape = copy_shapes ? shape_of(l) : nullptr;
+        const int ox = l.x1() * ratio, oy = l.y1() * ratio;
+        if (shape && shape->spans.empty()) shape = nullptr; // nothing to copy a pixel value from
+        if (shape) {
+            const QRect& b = shape->bounds;
+            if (ox + b.left() < 2 || oy + b.top() < 2 || ox + b.right() > inside_right ||
+                oy + b.bottom() > inside_bottom)
+                shape = nullptr;
+        }
+        if (shape && value) {
+            flush();
+            for (const shape_span& s : shape->spans)
+                std::fill_n(&pixel(ox + s.x, oy + s.row), s.length, *value);
+            continue;
+        }
+        pending[static_cast<std::size_t>(n++)] = centre_line(l.x1(), l.y1(), l.x2(), l.y2());
+        if (shape) {
+            // The first line of the colour: the painter draws it and shows its pixel value.
+            flush();
+            const shape_span& s = shape->spans.front();
+            value = pixel(ox + s.x, oy + s.row);
+            known_pixels_[next_known_++ % known_pixels_.size()] = {color, *value};
+        }
+        if (n == chunk) flush();
+    }
+    flush();
+    done_painting(QRect(QPoint(left, top), QPoint(right, bottom)));
 }
 
 void plot_surface::box(const QRect& rect, const QColor& color) {

@@ -14,6 +14,10 @@
 #include <QWidget>
 #include <array>
 #include <memory>
+#include <optional>
+#include <span>
+#include <unordered_map>
+#include <vector>
 
 class QPainter;
 
@@ -29,6 +33,13 @@ public:
 
     void clear(const QColor& background);
     void line(int x1, int y1, int x2, int y2, const QColor& color, Qt::PenStyle style = Qt::SolidLine);
+    // Solid lines of one colour, painted in order with exactly the pixels that many line() calls
+    // would paint: a curve's stretch of one colour goes in a single call. A line whose shape the
+    // painter has drawn once before is copied from that drawing (see set_line_shapes).
+    void lines(std::span<const QLine> segments, const QColor& color);
+    // On (the default), lines() copies known shapes; off, it hands every line to line() on its
+    // own, the plain way the copies are checked against.
+    void set_line_shapes(bool enabled);
     void box(const QRect& rect, const QColor& color);          // outline
     void filled_box(const QRect& rect, const QColor& color);   // outline and inside
     void polygon(const QPolygon& points, const QColor& color); // outline, closed
@@ -87,6 +98,20 @@ private:
     // Ends an operation: the area it touched is repainted on screen once no batch is open.
     void done_painting(const QRect& touched);
 
+    // The device pixels of a line's shape, relative to the top-left device pixel of its start:
+    // spans of `length` pixels from column x on row `row`.
+    struct shape_span {
+        int row, x, length;
+    };
+    struct line_shape {
+        std::vector<shape_span> spans;
+        QRect bounds;
+    };
+    // The shape of l, drawn by the painter the first time; null for a shape too large to keep.
+    const line_shape* shape_of(const QLine& l);
+    // The pixel value the painter wrote for an opaque colour, once it has drawn a line of it.
+    std::optional<QRgb> known_pixel(const QColor& color) const;
+
     QSize logical_;
     QImage image_;
     QFont font_;
@@ -102,6 +127,15 @@ private:
     std::array<overlay, 4> overlays_{};
     QRect band_;
     bool band_visible_ = false;
+    std::unordered_map<int, line_shape> shapes_; // by run and rise
+    struct recent_shape {
+        int key = 0;
+        const line_shape* shape = nullptr;
+    };
+    std::array<recent_shape, 1024> recent_shapes_{};
+    std::array<std::pair<QColor, QRgb>, 32> known_pixels_{}; // the colours met last
+    std::size_t next_known_ = 0;
+    bool shapes_enabled_ = true;
 };
 
 } // namespace lumora

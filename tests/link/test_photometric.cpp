@@ -73,10 +73,36 @@ TEST(ReadingText, PanelTwoFormatsByModeAndDigits) {
         {2, true, 0.1234, 0, 2.5f, "0.3085C"}, {2, false, 0.12349, 0, 10, "1.230C"},
         {2, true, 0.12349, 0, 10, "1.2350C"},
     };
+    QString reused; // the form the live reading takes, written in place
     for (const row& r : rows) {
         SCOPED_TRACE(r.text);
         EXPECT_EQ(reading_text(r.mode, r.four, r.abs, r.percent_t, r.factor), r.text);
+        reading_text(reused, r.mode, r.four, r.abs, r.percent_t, r.factor);
+        EXPECT_EQ(reused, QString::fromLatin1(r.text));
     }
+    EXPECT_EQ(reading_text(3, false, 0.5, 50, 1), "");
+    reading_text(reused, 3, false, 0.5, 50, 1);
+    EXPECT_TRUE(reused.isEmpty());
+}
+
+TEST_F(Photometric, LambdaPanelTextsStayAsWrittenWhileTheNextOnesAreBuilt) {
+    // Panel 2's texts are rewritten in place between readings; every text handed out before, here
+    // kept in the panel log, must still read as it was. Panel 6 counts dots after any short text.
+    shared.measure_mode = mm_lambda_panel;
+    shared.lambda_now = 500; // index 180, band 2
+    shared.dark_by_band[2] = 500;
+    shared.reference_intensity[180] = 80500;
+    panels[6] = QStringLiteral("Idle");
+    const std::int32_t signal[] = {40500, 40500, 8500, 80500, 500 + 80000 / 3};
+    for (std::int32_t s : signal)
+        frames(10, s);
+    shared.lambda_show_mode = 1;
+    frames(10, 40500);
+    std::vector<QString> shown[7];
+    for (const auto& [n, text] : panel_log)
+        shown[n].push_back(text);
+    EXPECT_EQ(shown[2], (std::vector<QString>{"0.301A", "0.301A", "1.000A", "0.000A", "0.477A", "50.0%T"}));
+    EXPECT_EQ(shown[6], (std::vector<QString>{"Idle.", "Idle..", "OK", "OK.", "OK..", "OK..."}));
 }
 
 TEST_F(Photometric, MeanOfTenReadingsIsTruncatedTowardZero) {

@@ -5,6 +5,7 @@
 using lumora::cint;
 using lumora::fix;
 using lumora::format_number;
+using lumora::format_text;
 using lumora::val;
 
 struct format_row {
@@ -47,6 +48,35 @@ INSTANTIATE_TEST_SUITE_P(
         format_row{-2.5, "###0.0sec", "-2.5sec"}, format_row{30.0, "0 sec", "30 sec"},
         format_row{0.45, "0", "0"}, format_row{2.5, "0", "3"}, format_row{-2.5, "0", "-3"},
         format_row{1.23456, "0.0000", "1.2346"}, format_row{0.000049, "0.0000", "0.0000"}));
+
+TEST(FormatNumber, IntoABufferOrAReusedTextWithoutLosingAnything) {
+    // The buffer form tells the whole length and writes only as far as it has room.
+    char small[4];
+    EXPECT_EQ(format_number(small, 1234.5, "#0.00"), 7u);
+    EXPECT_EQ(std::string_view(small, 4), "1234");
+    // Extreme values keep every digit.
+    EXPECT_EQ(format_number(1e70, "#0.00"), "1" + std::string(70, '0') + ".00");
+    EXPECT_EQ(format_number(-1e-300, "0.000"), "0.000");
+    EXPECT_EQ(format_number(0.5, "0.000000000000000000000"), "0.500000000000000000000");
+
+    // A kept QString is rewritten in place while nobody else holds it; a copy taken before keeps
+    // its own text.
+    QString text;
+    text.reserve(16);
+    const QChar* buffer = text.constData();
+    format_text(text, 0.30103, "#0.000A");
+    EXPECT_EQ(text, QStringLiteral("0.301A"));
+    EXPECT_EQ(text.constData(), buffer);
+    const QString held = text;
+    format_text(text, 12.5, "#0.0%T");
+    EXPECT_EQ(text, QStringLiteral("12.5%T"));
+    EXPECT_EQ(held, QStringLiteral("0.301A"));
+    // Texts longer than the stack buffer, and literals beyond ASCII.
+    format_text(text, -1e70, "#0.0");
+    EXPECT_EQ(text, "-1" + QString(70, u'0') + ".0");
+    format_text(text, 21.46, "#0.0 \u00b0C");
+    EXPECT_EQ(text, QStringLiteral("21.5 \u00b0C"));
+}
 
 TEST(Val, ReadsTheLeadingNumberLikeTheInputFields) {
     EXPECT_DOUBLE_EQ(val(""), 0.0);

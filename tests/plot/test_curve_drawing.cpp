@@ -229,3 +229,103 @@ TEST_F(drawing_fixture, RedrawLeavesGapsAfterZerosAndKeepsTheActiveCurve) {
         colours.insert(curve_color(column).rgb());
     EXPECT_EQ(colours.size(), 20u);
 }
+
+// ---- Copied line shapes against the painter, pixel for pixel ---------------------------------
+
+namespace {
+
+// The first pixel where two images differ, for the failure message.
+std::string first_difference(const QImage& a, const QImage& b) {
+    if (a.size() != b.size()) return "sizes differ";
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            if (a.pixel(x, y) != b.pixel(x, y))
+                return QStringLiteral("device pixel (%1, %2): %3 against %4")
+                    .arg(x)
+                    .arg(y)
+                    .arg(a.pixel(x, y), 8, 16)
+                    .arg(b.pixel(x, y), 8, 16)
+                    .toStdString();
+    return {};
+}
+
+// A scene painted twice from the same view: with every line handed to the painter on its own
+// (one pen per line) and with the shapes copied. The images must match to the pixel.
+template <class Scene> void expect_same_pixels(const plot_view& view, Scene scene) {
+    plot_surface plain(QSize(400, 520)), copied(QSize(400, 520));
+    plain.set_line_shapes(false);
+    plot_view v1 = view, v2 = view;
+    scene(plain, v1);
+    scene(copied, v2);
+    EXPECT_EQ(first_difference(plain.image(), copied.image()), "");
+    EXPECT_EQ(v1.screen_curve, v2.screen_curve);
+}
+
+} // namespace
+
+TEST_F(drawing_fixture, CopiedLineShapesMatchThePainterAnywhereOnTheSurface) {
+    // Random lines of every slope, some of no length, many across the image's edges; an opaque
+    // colour given in HSV, a translucent one and plain ones, one call per colour.
+    std::mt19937 gen(7);
+    std::uniform_int_distribution<int> x(-3, 402), y(-3, 522), step(-6, 6), rise(-300, 300);
+    const QColor colours[] = {QColor(Qt::black), QColor::fromHsvF(0.31f, 0.77f, 0.53f),
+                              QColor(255, 0, 0, 128), curve_color(4)};
+    std::vector<std::pair<std::vector<QLine>, QColor>> calls;
+    for (int i = 0; i < 40; ++i) {
+        std::vector<QLine> lines;
+        for (int k = 0; k < 60; ++k) {
+            const int x1 = x(gen), y1 = y(gen);
+            lines.emplace_back(x1, y1, x1 + step(gen), y1 + (k % 3 == 0 ? rise(gen) : step(gen)));
+        }
+        calls.emplace_back(std::move(lines), colours[i % 4]);
+    }
+    plot_view unused;
+    expect_same_pixels(unused, [&](plot_surface& s, plot_view&) {
+        s.clear(plot_interior());
+        for (const auto& [lines, colour] : calls)
+            s.lines(lines, colour);
+    });
+}
+
+TEST_F(drawing_fixture, RedrawScenesMatchLineByLinePainting) {
+    // Twenty random walks, some held against the top and bottom rows, one with gaps of zeros.
+    for (int column = 1; column <= 20; ++column)
+        fill_random_walk(column, static_cast<unsigned>(column));
+    for (int nm = 600; nm <= 1100; nm += 37)
+        stored(nm, 5) = 0.0;
+    for (int nm = 700; nm <= 760; ++nm)
+        stored(nm, 6) = 0.0;
+    std::vector<curve_data> curves;
+    for (int column = 1; column <= 20; ++column)
+        curves.push_back(baseline_curve(column));
+    curves[7].color = QColor::fromHsvF(0.6f, 0.4f, 0.8f);
+
+    struct scene {
+        int start, stop;
+        double high, low;
+    };
+    // The whole range, a tight Y range where most lines clip, a 100 nm zoom (the second way) and
+    // a 20 nm one with steep stretches.
+    for (const scene& sc : {scene{330, 1100, 3.0, 0.0}, scene{330, 1100, 1.6, 1.4}, scene{500, 600, 2.5, 0.5},
+                            scene{640, 660, 2.0, 1.0}}) {
+        SCOPED_TRACE(testing::Message()
+                     << sc.start << ".." << sc.stop << " nm, " << sc.low << ".." << sc.high);
+        set_view(sc.start, sc.stop, sc.high, sc.low);
+        expect_same_pixels(view, [&](plot_surface& s, plot_view& v) {
+            zoom_data(s, v, spectrum_axes(false), curves, 4);
+            std::array<double, plot_columns> derivative{};
+            draw_derivative_window(s, v, {2, 0.5, -0.5, QStringLiteral("(ABS)"), "#0.0000"},
+                                   spectrum_axes(false));
+            curve_data slope = curves[2];
+            slope.value_at = [](int nm) { return stored(nm + 1, 3) - stored(nm, 3); };
+            draw_derivative_curve(s, v, slope, derivative, 0.05, -0.05);
+        });
+    }
+    // A scan painted point by point.
+    set_view(450, 550, 3.0, 0.0);
+    expect_same_pixels(view, [&](plot_surface& s, plot_view& v) {
+        draw_axes(s, v, spectrum_axes(true));
+        for (int last = 440; last <= 560; ++last)
+            draw_data(s, v, baseline_curve(9, last));
+    });
+}
