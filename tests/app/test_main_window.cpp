@@ -1,7 +1,6 @@
 // The main window without an instrument: menus, entering and leaving functions, the toolbar's
 // states and clicks, and the window position across starts.
 #include "app/frmMain.h"
-#include "functions/frmLambda.h"
 #include "functions/function_window.h"
 #include "link/frmPortSet.h"
 #include "link/shared_state.h"
@@ -141,7 +140,7 @@ TEST_F(main_window_fixture, PortDialogCancelAndCloseGiveBackTheMenusButNotTheSta
     EXPECT_TRUE(dlg.isVisible()) << "Port close leaves the dialog open";
 }
 
-TEST(MainWindowLoad, PanelsAreWrittenThroughTheStatusBarAndOpenTheirWindowsFromTheKeyboard) {
+TEST(MainWindowLoad, WritesTheClickablePanelsThroughTheStatusBarAndTheCaptionFromTheStore) {
     reset_shared_state();
     frmMain window(std::make_unique<memory_backend>());
     std::vector<std::pair<int, QString>> writes;
@@ -151,22 +150,6 @@ TEST(MainWindowLoad, PanelsAreWrittenThroughTheStatusBarAndOpenTheirWindowsFromT
     const std::vector<std::pair<int, QString>> load{{4, "Off-line"}, {3, "Lambda..."}, {5, "Port..."}};
     EXPECT_EQ(writes, load) << "the trace sees every panel write";
     EXPECT_TRUE(window.windowTitle().trimmed().isEmpty()) << "no Software Name, no caption";
-
-    window.toolbar_enable_function();
-    status_panel* lambda = window.sbStatusBar().panel(3);
-    status_panel* port = window.sbStatusBar().panel(5);
-    EXPECT_TRUE(lambda->focusPolicy() & Qt::TabFocus);
-    EXPECT_TRUE(port->focusPolicy() & Qt::TabFocus);
-    QTest::keyClick(window.sbStatusBar().panel(2), Qt::Key_Return);
-    EXPECT_EQ(window.lambda_panel(), nullptr) << "the reading is no button";
-    QTest::keyClick(lambda, Qt::Key_Return);
-    ASSERT_NE(window.lambda_panel(), nullptr);
-    EXPECT_TRUE(window.lambda_panel()->isVisible());
-    shared.reading_index = 7;
-    QTest::keyClick(port, Qt::Key_Space);
-    EXPECT_TRUE(window.port_dialog().isVisible());
-    EXPECT_EQ(shared.reading_index, 0);
-
     shared.software_name = QStringLiteral("Lumora");
     window.Form_Load();
     EXPECT_EQ(window.windowTitle(), QStringLiteral("Lumora"));

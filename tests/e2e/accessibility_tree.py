@@ -58,23 +58,20 @@ def children(acc):
         return []
 
 
-def find_all(acc, match, depth=0, found=None):
-    found = [] if found is None else found
-    if depth > 14 or acc is None:
-        return found
+def find(acc, match, depth=0):
+    """The first accessible under `acc`, depth first, for which `match` holds."""
+    if acc is None or depth > 14:
+        return None
     try:
         if match(acc):
-            found.append(acc)
+            return acc
     except Exception:
         pass
     for c in children(acc):
-        find_all(c, match, depth + 1, found)
-    return found
-
-
-def find(acc, match):
-    hits = find_all(acc, match)
-    return hits[0] if hits else None
+        hit = find(c, match, depth + 1)
+        if hit is not None:
+            return hit
+    return None
 
 
 def role(acc):
