@@ -198,6 +198,7 @@ void frmMain::connect_link() {
     auto& h = link_ctx.hooks;
     h.set_panel = [this](int n, const QString& t) { status_->set_text(n, t); };
     h.panel_text = [this](int n) { return status_->text(n); };
+    // The end of the start-up gives back the menus and the status bar.
     h.enable_menus = [this](bool on) {
         if (on) {
             enable_menus();
@@ -261,12 +262,16 @@ void frmMain::Form_Load() {
     shared.ring_tail = 0;
     timer_->setInterval(50);
     timer_->stop();
-    setWindowTitle(shared.software_name);
+    // The caption is the stored software name, and stays empty without one. The platform would
+    // show the application's name in an empty title, so an empty name becomes a blank.
+    setWindowTitle(shared.software_name.isEmpty() ? QStringLiteral(" ") : shared.software_name);
     shared.reading_index = 0;
     status_->set_text(4, QStringLiteral("Off-line"));
     // The two clickable panels say what a click does.
-    status_->panel(3)->setText(QStringLiteral("Lambda..."));
-    status_->panel(5)->setText(QStringLiteral("Port..."));
+    status_->set_text(3, QStringLiteral("Lambda..."));
+    status_->set_text(5, QStringLiteral("Port..."));
+    // "Port close" and "Cancel" of the port dialog give the menus back, and only the menus.
+    connect(&port_dialog(), &frmPortSet::enable_menus, this, &frmMain::enable_menus, Qt::UniqueConnection);
 }
 
 void frmMain::show_port_dialog() {

@@ -109,7 +109,7 @@ void frmMain::enter_function(int function_id) {
         loaded = false;
         toolbar_enable_for(function_id);
     } else {
-        toolbar_disable_function();
+        // The toolbar stays as unload_form left it: the modal dialog keeps the user away.
         show_setup_dialog(*window);
     }
 }

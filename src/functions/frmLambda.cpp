@@ -28,6 +28,8 @@ frmLambda::frmLambda(QWidget* parent) : QDialog(parent) {
     cmb_inst_ = new QComboBox(this);
     cmb_inst_->setObjectName(QStringLiteral("cmbInst"));
     cmb_inst_->setEditable(true);
+    // Enter must not put the raw text in the list: only the held value goes there (on leaving).
+    cmb_inst_->setInsertPolicy(QComboBox::NoInsert);
     cmb_inst_->addItems({QStringLiteral("500"), QStringLiteral("400")});
     cmb_inst_->setToolTip(QStringLiteral("Number from 330 to 1100"));
     cmb_measure_ = new QComboBox(this);
@@ -64,7 +66,9 @@ frmLambda::frmLambda(QWidget* parent) : QDialog(parent) {
 
     cmb_inst_->installEventFilter(this);
     txt_inst_->installEventFilter(this);
-    connect(txt_inst_, &QLineEdit::textEdited, this, &frmLambda::txtInst_Change);
+    connect(cmb_inst_->lineEdit(), &QLineEdit::returnPressed, this, &frmLambda::cmbInst_LostFocus);
+    // Every change of the text, typed or rewritten on leaving, sets the factor in force.
+    connect(txt_inst_, &QLineEdit::textChanged, this, &frmLambda::txtInst_Change);
     connect(cmb_measure_, &QComboBox::activated, this, &frmLambda::cmbMeasure_Click);
 
     // Form load

@@ -127,12 +127,12 @@ void frmPortSet::cmdPortClose_Click() {
     comm_port* port = link_ctx.port;
     if (port && port->PortOpen()) port->setPortOpen(false);
     set_panel(4, QStringLiteral("Off-line"));
-    if (link_ctx.hooks.enable_menus) link_ctx.hooks.enable_menus(true);
+    emit enable_menus();
 }
 
 void frmPortSet::cmdCancel_Click() {
     hide();
-    if (link_ctx.hooks.enable_menus) link_ctx.hooks.enable_menus(true);
+    emit enable_menus();
 }
 
 bool frmPortSet::scan_baseline_at_start() const {

@@ -24,6 +24,11 @@ public:
     QRadioButton* Option1(int index) const { return options_[index]; }
     QCheckBox* Check1() const { return check1_; }
 
+signals:
+    // "Port close" and "Cancel" hand the menus back to the user (the status bar keeps its state);
+    // the window that owns the menus connects this to its menu routine.
+    void enable_menus();
+
 protected:
     void showEvent(QShowEvent* event) override;
 

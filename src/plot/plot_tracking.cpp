@@ -9,6 +9,7 @@
 #include "zoom.h"
 
 #include <QEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <algorithm>
@@ -66,6 +67,12 @@ plot_tracking::plot_tracking(plot_surface& surface, plot_view& view, grid& fgdTr
     connect(&surface_, &plot_surface::mouse_released, this, &plot_tracking::mouse_up);
     value0_.installEventFilter(this);
     value0_.setCursor(Qt::PointingHandCursor);
+    // The read-out opens the input box from the keyboard too; a dotted frame shows the focus.
+    value0_.setFocusPolicy(Qt::StrongFocus);
+    value0_.setStyleSheet(QStringLiteral("QLabel { border: 1px solid transparent; }"
+                                         "QLabel:focus { border: 1px dotted palette(text); }"));
+    value0_.setAccessibleDescription(
+        QStringLiteral("Cross-hair read-out. Press Enter to track a wavelength typed in."));
 }
 
 derivative_display plot_tracking::derivative() const {
@@ -81,6 +88,12 @@ void plot_tracking::set_track(bool visible) {
     surface_.set_overlay_line(vertical_line, vertical_at(200), visible);
     surface_.set_overlay_line(horizontal_line, horizontal_at(160), visible);
     surface_.set_overlay_line(derivative_line, derivative_at(200), visible && derivative().order >= 1);
+}
+
+void plot_tracking::show_derivative_line() {
+    int x = surface_.overlay_line(vertical_line).x1();
+    if (x < plot_left || x > plot_right) x = 200;
+    surface_.set_overlay_line(derivative_line, derivative_at(x), true);
 }
 
 void plot_tracking::reset_readout(double start_x) {
@@ -235,6 +248,15 @@ bool plot_tracking::eventFilter(QObject* watched, QEvent* event) {
         if (e->button() == Qt::LeftButton && value0_.rect().contains(e->position().toPoint())) {
             lblValue_Click();
             return true;
+        }
+    }
+    if (watched == &value0_ && event->type() == QEvent::KeyPress) {
+        const auto* e = static_cast<QKeyEvent*>(event);
+        if (e->modifiers() == Qt::NoModifier || e->modifiers() == Qt::KeypadModifier) {
+            if (e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter || e->key() == Qt::Key_Space) {
+                lblValue_Click();
+                return true;
+            }
         }
     }
     return QObject::eventFilter(watched, event);

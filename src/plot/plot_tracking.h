@@ -85,6 +85,9 @@ public:
     // Shows or hides the cross-hair: white lines at column 200 and row 160, and the derivative
     // window's line only while a derivative is shown.
     void set_track(bool visible);
+    // A derivative has just been drawn: the derivative window's line shows, in the column of the
+    // cross-hair, which itself does not move.
+    void show_derivative_line();
     // lblValue(0) back to its text of an empty view ("WL=" the start and "Data=" the idle value),
     // lblValue(1) emptied; the window calls this with each redraw of the axes.
     void reset_readout(double start_x);
@@ -93,7 +96,8 @@ public:
     void mouse_down(QPoint pos, Qt::MouseButton button);
     void mouse_move(QPoint pos);
     void mouse_up(QPoint pos, Qt::MouseButton button);
-    // A click on lblValue(0): asks for a wavelength and tracks it.
+    // A click on lblValue(0), or Enter or Space while it has the focus: asks for a wavelength and
+    // tracks it.
     void lblValue_Click();
 
 protected:

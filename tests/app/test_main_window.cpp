@@ -2,6 +2,7 @@
 // states and clicks, and the window position across starts.
 #include "app/frmMain.h"
 #include "functions/function_window.h"
+#include "link/frmPortSet.h"
 #include "link/shared_state.h"
 #include "platform/app_settings.h"
 #include "platform/comm_port.h"
@@ -12,6 +13,9 @@
 #include <QCoreApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenu>
+#include <QPushButton>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace lumora;
@@ -53,7 +57,10 @@ TEST_F(main_window_fixture, EnteringAFunctionShowsItsWindowAndSetupThenItsToolba
     ASSERT_NE(window->current_setup_dialog(), nullptr);
     EXPECT_EQ(window->current_setup_dialog()->objectName(), QStringLiteral("dlgSpectrum"));
     EXPECT_EQ(window->current_setup_dialog()->windowTitle(), QStringLiteral("Setup Spectrum"));
-    EXPECT_TRUE(enabled_buttons().empty()) << "nothing to click until the setup is done";
+    // The setup dialog is modal; under it the toolbar and status bar stay as unload_form left them.
+    EXPECT_TRUE(window->current_setup_dialog()->isModal());
+    EXPECT_EQ(enabled_buttons(), (std::vector<int>{1, 2, 3}));
+    EXPECT_TRUE(window->sbStatusBar().isEnabled());
 
     window->current_setup_dialog()->accept();
     const std::vector<int> spectrum{1, 2, 3, 6, 7, 8, 9, 10, 11, 12, 13, 15, 16};
@@ -116,6 +123,36 @@ TEST_F(main_window_fixture, ToolbarClicksReachTheFunctionsRoutinesAndDisabledBut
     window->toolbar_button(4)->trigger(); // Stop
     window->toolbar_button(6)->trigger(); // Auto
     EXPECT_TRUE(quant->routines_run().empty());
+}
+
+TEST_F(main_window_fixture, PortDialogCancelAndCloseGiveBackTheMenusButNotTheStatusBar) {
+    QAction* file = window->findChild<QMenu*>(QStringLiteral("mnuFile"))->menuAction();
+    frmPortSet& dlg = window->port_dialog();
+    for (const char* button : {"cmdCancel", "cmdPortClose"}) {
+        window->disable_menus();
+        window->toolbar_disable_function();
+        window->show_port_dialog();
+        QTest::mouseClick(dlg.findChild<QPushButton*>(QString::fromLatin1(button)), Qt::LeftButton);
+        EXPECT_TRUE(file->isEnabled()) << button;
+        EXPECT_FALSE(window->sbStatusBar().isEnabled()) << button;
+    }
+    EXPECT_EQ(window->sbStatusBar().text(4), QStringLiteral("Off-line"));
+    EXPECT_TRUE(dlg.isVisible()) << "Port close leaves the dialog open";
+}
+
+TEST(MainWindowLoad, WritesTheClickablePanelsThroughTheStatusBarAndTheCaptionFromTheStore) {
+    reset_shared_state();
+    frmMain window(std::make_unique<memory_backend>());
+    std::vector<std::pair<int, QString>> writes;
+    QObject::connect(&window.sbStatusBar(), &status_bar::panel_written,
+                     [&](int n, const QString& t) { writes.emplace_back(n, t); });
+    window.Form_Load();
+    const std::vector<std::pair<int, QString>> load{{4, "Off-line"}, {3, "Lambda..."}, {5, "Port..."}};
+    EXPECT_EQ(writes, load) << "the trace sees every panel write";
+    EXPECT_TRUE(window.windowTitle().trimmed().isEmpty()) << "no Software Name, no caption";
+    shared.software_name = QStringLiteral("Lumora");
+    window.Form_Load();
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Lumora"));
 }
 
 TEST_F(main_window_fixture, SystemItemsNeedTheOpenPort) {

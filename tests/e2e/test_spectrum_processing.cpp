@@ -1,10 +1,17 @@
 // Spectrum's processing on a scanned holmium filter: peak and valley search, smoothing and
-// "Original", the second derivative, and the curve arithmetic with its refusal at 20 curves.
+// "Original", the derivative window, the curve arithmetic with its refusal at 20 curves, and the
+// mouse on the plot, all through the real window.
 #include "functions/spectrum/spectrum_tools.h"
 #include "platform/grid.h"
 #include "platform/prompts.h"
+#include "plot/palette.h"
 #include "plot/plot_surface.h"
 #include "spectrum_rig.h"
+
+#include <QCoreApplication>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTest>
 
 using namespace lumora;
 using lumora::test::spectrum_rig;
@@ -25,6 +32,32 @@ struct holmium_rig : spectrum_rig {
 
 double nm_of(const QString& cell) {
     return cell.left(cell.indexOf("nm")).toDouble();
+}
+
+// Whether anything is painted inside the derivative window below the plot.
+bool lower_plot_painted(const plot_surface& plot) {
+    for (int y = 351; y < 490; ++y)
+        for (int x = 60; x <= 340; ++x)
+            if (plot.logical_pixel(x, y) != plot_background()) return true;
+    return false;
+}
+
+// The tool window that a toolbar button opens over the main window.
+template <class T> T* open_tool(spectrum_rig& s, int button, const char* name) {
+    s.rig.window->toolbar_button(button)->trigger();
+    return s.rig.window->findChild<T*>(QString::fromLatin1(name));
+}
+
+void click(QWidget* parent, const char* name) {
+    auto* button = parent ? parent->findChild<QPushButton*>(QString::fromLatin1(name)) : nullptr;
+    ASSERT_NE(button, nullptr) << name;
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+// A mouse move with no button down, as the window system delivers it.
+void move_to(QWidget& w, QPoint p) {
+    QMouseEvent e(QEvent::MouseMove, QPointF(p), w.mapToGlobal(QPointF(p)), Qt::NoButton, Qt::NoButton, {});
+    QCoreApplication::sendEvent(&w, &e);
 }
 
 } // namespace
@@ -116,4 +149,82 @@ TEST(SpectrumProcessing, ArithmeticMakesADifferenceCurveAndRefusesAtTwentyCurves
     EXPECT_EQ(prompts::shown()[0].title, QStringLiteral("Warning"));
     EXPECT_EQ(spectrum.curve_count, 20);
     EXPECT_EQ(shared.baseline_curves, before) << "nothing is written past the arrays";
+}
+
+TEST(SpectrumProcessing, ARightClickOnThePlotWritesOneRowAndTheQuestionComesOnceAtTheHundredAndFirst) {
+    holmium_rig h;
+    plot_surface& plot = h.window->picSpectrum();
+    prompts::script({box_answer::cancel});
+    prompts::clear_shown();
+    QTest::mouseClick(&plot, Qt::RightButton, {}, QPoint(130, 100));
+    EXPECT_EQ(spectrum.tracks.track_count, 1);
+    EXPECT_EQ(h.window->fgdTrack().TextMatrix(1, 0), QStringLiteral("  V1"));
+    EXPECT_TRUE(h.window->fgdTrack().TextMatrix(2, 0).isEmpty()) << "one click, one row";
+    EXPECT_EQ(spectrum.tracks.track_marks[1].flag, 0) << "one click, one mark";
+    for (int i = 1; i < 100; ++i)
+        QTest::mouseClick(&plot, Qt::RightButton, {}, QPoint(130 + i, 100));
+    EXPECT_EQ(spectrum.tracks.track_count, 100);
+    EXPECT_TRUE(prompts::shown().empty()) << "100 rows take 100 clicks";
+    QTest::mouseClick(&plot, Qt::RightButton, {}, QPoint(300, 100));
+    prompts::unscript();
+    EXPECT_EQ(prompts::shown().size(), 1u) << "the question is asked once";
+    EXPECT_EQ(spectrum.tracks.track_count, 100);
+}
+
+TEST(SpectrumProcessing, TheDerivativeIsPaintedByItsButtonOnlyAndGoesWithTheNextRedraw) {
+    holmium_rig h;
+    plot_surface& plot = h.window->picSpectrum();
+    move_to(plot, QPoint(150, 200));
+    ASSERT_EQ(plot.overlay_line(0).x1(), 150);
+
+    click(open_tool<frmDerv>(h, 11, "frmDerv"), "tb_17_point_2nd");
+    EXPECT_TRUE(lower_plot_painted(plot));
+    EXPECT_EQ(plot.overlay_line(0).x1(), 150) << "the cross-hair stays where it was";
+    EXPECT_TRUE(plot.overlay_visible(2));
+    EXPECT_EQ(plot.overlay_line(2).x1(), 150) << "the derivative's line goes in under it";
+    EXPECT_EQ(h.window->fgdTrack().Cols(), 4);
+    EXPECT_EQ(plot.accessibleDescription(),
+              QStringLiteral(
+                  "400 to 700 nm, 0.0000 to 1.2000 ABS. 1 curve, curve 1 active. 2nd derivative below."));
+
+    h.rig.window->toolbar_button(8)->trigger(); // Original
+    EXPECT_FALSE(lower_plot_painted(plot));
+    EXPECT_EQ(h.window->fgdTrack().Cols(), 3);
+
+    // Painted again, then a new Read: the lower plot does not carry the gone curve's derivative.
+    click(open_tool<frmDerv>(h, 11, "frmDerv"), "tb_17_point_1st");
+    ASSERT_TRUE(lower_plot_painted(plot));
+    h.rig.instrument.control("sample dye");
+    ASSERT_TRUE(h.scan(3));
+    EXPECT_FALSE(lower_plot_painted(plot));
+    EXPECT_EQ(plot.accessibleDescription(),
+              QStringLiteral("400 to 700 nm, 0.0000 to 1.2000 ABS. 2 curves, curve 2 active."));
+}
+
+TEST(SpectrumProcessing, ScanArithmeticWithNoCurvesTakesScanOneAndMakesTheFirstCurve) {
+    spectrum_rig s;
+    // The setup's wavelength box holds the value on Enter too, and lists only held values.
+    QComboBox* stop = s.setup().findChild<QComboBox*>(QStringLiteral("cmbInst_1"));
+    ASSERT_NE(stop, nullptr);
+    QTest::mouseClick(stop->lineEdit(), Qt::LeftButton);
+    QTest::keyClick(stop->lineEdit(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(stop->lineEdit(), QStringLiteral("1200"));
+    QTest::keyClick(stop->lineEdit(), Qt::Key_Return);
+    EXPECT_EQ(stop->currentText(), QStringLiteral("1100"));
+    EXPECT_EQ(stop->findText(QStringLiteral("1200")), -1);
+
+    s.set_range(400, 700, false);
+    prompts::script();
+    prompts::clear_shown();
+    click(open_tool<frmAdvance>(s, 12, "frmAdvance"), "cmdOK");
+    prompts::unscript();
+    EXPECT_TRUE(prompts::shown().empty()) << "no refusal: the boxes hold scan 1";
+    ASSERT_EQ(spectrum.curve_count, 1);
+    EXPECT_EQ(spectrum.active_curve, 0);
+    EXPECT_EQ(spectrum.curve_state[1], 2);
+    // (1 x 0) + (1 x 0) + 1 over the scan range, 390..710 nm.
+    EXPECT_EQ(shared.baseline_curves[390 - 320][1], 1.0);
+    EXPECT_EQ(shared.baseline_curves[710 - 320][1], 1.0);
+    EXPECT_EQ(shared.baseline_curves[389 - 320][1], 0.0);
+    EXPECT_EQ(spectrum.org_curves[550 - 320][1], 1.0);
 }

@@ -4,6 +4,7 @@
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
 
+#include <QAccessible>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -65,6 +66,40 @@ TEST(StatusBar, SixNumberedPanelsReportWritesAndClicks) {
     bar.setEnabled(false);
     QTest::mouseClick(bar.panel(3), Qt::LeftButton);
     EXPECT_EQ(spy.count(), 1) << "a disabled status bar takes no clicks";
+}
+
+TEST(StatusBar, AScreenReaderHearsEachPanelByItsTextAndPressesTheClickableOnes) {
+    status_bar bar;
+    bar.set_text(2, "0.123A");
+    bar.set_text(2, "0.124A");
+    bar.set_text(3, "Lambda...");
+    QAccessibleInterface* reading = QAccessible::queryAccessibleInterface(bar.panel(2));
+    ASSERT_NE(reading, nullptr);
+    EXPECT_EQ(reading->text(QAccessible::Name), QStringLiteral("0.124A")) << "named by the last write";
+    EXPECT_EQ(reading->text(QAccessible::Description), QStringLiteral("Reading"));
+    EXPECT_NE(reading->role(), QAccessible::Button);
+    EXPECT_EQ(reading->actionInterface()
+                  ? reading->actionInterface()->actionNames().count(QAccessibleActionInterface::pressAction())
+                  : 0,
+              0);
+
+    QSignalSpy spy(&bar, &status_bar::panel_clicked);
+    QAccessibleInterface* lambda = QAccessible::queryAccessibleInterface(bar.panel(3));
+    ASSERT_NE(lambda, nullptr);
+    EXPECT_EQ(lambda->role(), QAccessible::Button);
+    EXPECT_EQ(lambda->text(QAccessible::Name), QStringLiteral("Lambda..."));
+    EXPECT_TRUE(lambda->state().focusable);
+    ASSERT_NE(lambda->actionInterface(), nullptr);
+    lambda->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    // Enter and Space on a clickable panel click it; other keys and other panels do nothing.
+    QTest::keyClick(bar.panel(5), Qt::Key_Space);
+    QTest::keyClick(bar.panel(5), Qt::Key_Enter, Qt::KeypadModifier);
+    QTest::keyClick(bar.panel(5), Qt::Key_X);
+    QTest::keyClick(bar.panel(6), Qt::Key_Return);
+    ASSERT_EQ(spy.count(), 3);
+    EXPECT_EQ(spy.at(0).at(0).toInt(), 3);
+    EXPECT_EQ(spy.at(2).at(0).toInt(), 5);
+    EXPECT_EQ(bar.panel(6)->focusPolicy(), Qt::NoFocus);
 }
 
 TEST(AppSettings, ValuesSurviveUnderTheirKeys) {

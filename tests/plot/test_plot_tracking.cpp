@@ -176,4 +176,12 @@ TEST_F(tracking_fixture, ATypedWavelengthIsTestedByItsRoundedValueAndNeverAsks) 
     EXPECT_EQ(tracks.track_count, 100);
     EXPECT_EQ(table.TextMatrix(101, 1), QStringLiteral("410.00nm"));
     EXPECT_EQ(tracks.track_marks[100].column, 140);
+
+    // From the keyboard: the read-out takes the focus, and Enter or Space asks as a click does.
+    EXPECT_TRUE(value0.focusPolicy() & Qt::TabFocus);
+    prompts::script({}, {QString(), QString()});
+    QTest::keyClick(&value0, Qt::Key_Return);
+    QTest::keyClick(&value0, Qt::Key_Space);
+    QTest::keyClick(&value0, Qt::Key_X);
+    EXPECT_EQ(prompts::shown().size(), 3u);
 }

@@ -46,6 +46,9 @@ dlgSpectrum::dlgSpectrum(QWidget* parent) : QDialog(parent) {
         auto* c = new QComboBox(instrument);
         c->setObjectName(QStringLiteral("cmbInst_%1").arg(i));
         c->setEditable(true);
+        // Enter holds the value to its range as leaving does; the raw text never joins the list.
+        c->setInsertPolicy(QComboBox::NoInsert);
+        connect(c->lineEdit(), &QLineEdit::returnPressed, this, [this, i] { cmbInst_LostFocus(i); });
         c->addItem(QString::fromLatin1(range_lists[i]));
         c->setToolTip(QStringLiteral("Number from 330 to 1100"));
         c->installEventFilter(this);

@@ -83,10 +83,6 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
         d.low = spectrum.derivative_low;
         return d;
     };
-    connect(surface_, &plot_surface::mouse_pressed, tracking_, &plot_tracking::mouse_down);
-    connect(surface_, &plot_surface::mouse_moved, tracking_,
-            [this](QPoint p, Qt::MouseButtons) { tracking_->mouse_move(p); });
-    connect(surface_, &plot_surface::mouse_released, tracking_, &plot_tracking::mouse_up);
 
     auto& h = link_ctx.hooks;
     h.spectrum_show_base_line = [this](std::int32_t raw) { show_base_line(raw); };
@@ -157,8 +153,26 @@ void frmSpectrum::init_data_area() {
 
 void frmSpectrum::draw_frame() {
     draw_axes(*surface_, spectrum.view, axes());
+    derivative_shown_ = 0;
     tracking_->set_config(spectrum_tracking(spectrum_setup.percent_t()));
     tracking_->reset_readout(spectrum_setup.start_lambda);
+    describe_plot();
+}
+
+void frmSpectrum::describe_plot() {
+    plot_legend legend;
+    legend.function = QString::fromLatin1(entry().caption);
+    legend.x_unit = QStringLiteral("nm");
+    legend.y_unit = spectrum_setup.percent_t() ? QStringLiteral("%T") : QStringLiteral("ABS");
+    legend.y_format = axes().y_format;
+    legend.curves = spectrum.curve_count;
+    for (int s = 1; s <= spectrum.curve_count && s <= max_curves; ++s) {
+        const int state = spectrum.curve_state[static_cast<std::size_t>(s)];
+        if (state == 1 || state == 2) ++legend.shown;
+        if (state == 2) legend.active = s;
+    }
+    legend.derivative_order = derivative_shown_;
+    lumora::describe_plot(*surface_, spectrum.view, legend);
 }
 
 void frmSpectrum::zoom_data() {
@@ -170,12 +184,14 @@ void frmSpectrum::zoom_data() {
         if (state == 2) active = static_cast<int>(curves.size());
         curves.push_back(baseline_curve(s));
     }
+    // The redraw clears the whole surface, the derivative window too: a derivative is painted
+    // again only by its button, so the lower plot never shows a curve that has gone.
     lumora::zoom_data(*surface_, spectrum.view, axes(), curves, active);
-    // The derivative window follows the view of the plot above it.
-    if (spectrum.derivative_order >= 1) DerivateDrawData();
+    derivative_shown_ = 0;
     tracking_->set_config(spectrum_tracking(spectrum_setup.percent_t()));
     tracking_->reset_readout(spectrum_setup.start_lambda);
     init_data_area();
+    describe_plot();
 }
 
 void frmSpectrum::clear_form() {
@@ -315,6 +331,7 @@ void frmSpectrum::finish_scan() {
     shared.lambda_now = s.stop_lambda;
     shared.measure_mode = mm_lambda_panel;
     set_track(true);
+    describe_plot();
     // Back to the state of holding curves: the toolbar of the function is live again.
     if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_spectrum);
 }
@@ -548,7 +565,10 @@ void frmSpectrum::DerivateDrawData() {
     draw_derivative_curve(*surface_, spectrum.view, curve, spectrum.screen_derivative,
                           spectrum.derivative_high, spectrum.derivative_low);
     labels_[1]->clear();
-    tracking_->set_track(surface_->overlay_visible(0));
+    // linTrack(2) goes in where the cross-hair stands; the cross-hair itself stays put.
+    tracking_->show_derivative_line();
+    derivative_shown_ = spectrum.derivative_order;
+    describe_plot();
     surface_->update();
 }
 

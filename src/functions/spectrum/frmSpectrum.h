@@ -66,6 +66,8 @@ private:
     axes_text axes() const;
     void show_table(int index);
     void hide_tracks();
+    // The plot's accessible name and description, after each change of the picture.
+    void describe_plot();
 
     plot_surface* surface_ = nullptr;
     QScrollArea* scroll_ = nullptr;
@@ -74,6 +76,7 @@ private:
     std::array<QWidget*, 3> frames_{};
     QTabBar* tabs_ = nullptr;
     plot_tracking* tracking_ = nullptr;
+    int derivative_shown_ = 0; // the order the derivative window shows; 0 once a redraw cleared it
 };
 
 } // namespace lumora

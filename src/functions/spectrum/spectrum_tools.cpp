@@ -155,8 +155,13 @@ void frmAdvance::cmdOK_Click() {
     f.a = number(0);
     f.b = number(1);
     f.c = number(2);
-    f.p = static_cast<int>(val(scan_[0]->currentText().toStdString()));
-    f.q = static_cast<int>(val(scan_[1]->currentText().toStdString()));
+    // Each scan number starts at 1; with no curves to list, the boxes keep that default.
+    const auto scan_number = [this](int i) {
+        const QString text = scan_[static_cast<std::size_t>(i)]->currentText();
+        return text.isEmpty() ? 1 : static_cast<int>(val(text.toStdString()));
+    };
+    f.p = scan_number(0);
+    f.q = scan_number(1);
     f.op1 = processing::scan_operator_from_text(op_[0]->currentText().toStdString());
     f.op2 = processing::scan_operator_from_text(op_[1]->currentText().toStdString());
     const auto result = processing::scan_arithmetic(shared.baseline_curves, spectrum.curve_count,
@@ -167,15 +172,16 @@ void frmAdvance::cmdOK_Click() {
                              box_icon::critical, QStringLiteral("Warning"));
         return;
     }
-    if (result.status != status::done) {
-        prompts::message_box(QStringLiteral("Select two scans of the window."), box_icon::critical,
-                             QStringLiteral("Warning"));
-        return;
-    }
+    // The lists offer only curve columns, and init has set the scan range: anything else is a
+    // range fault, which ends the routine here.
+    if (result.status != status::done) return;
     spectrum.active_curve = spectrum.curve_count;
     ++spectrum.curve_count;
     spectrum.curve_state[static_cast<std::size_t>(spectrum.curve_count)] = 2;
-    chk_[static_cast<std::size_t>(spectrum.curve_count - 1)]->setChecked(true);
+    QCheckBox* added = chk_[static_cast<std::size_t>(spectrum.curve_count - 1)];
+    added->setChecked(true);
+    added->setEnabled(true);
+    added->setVisible(true);
     save_org_data(spectrum.curve_count);
     if (done_) done_();
     close();
