@@ -60,8 +60,9 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
         {"parameter_batch", "CREATE INDEX parameter_batch ON parameter (FunctionName, BatchName)"},
         {"system_name", "CREATE INDEX system_name ON system (ParaName)"}};
     for (const auto& [name, sql] : schema)
-        if (!present.contains(QString::fromLatin1(name))) exec_or_throw(q, QString::fromLatin1(sql), {});
-    if (!present.contains(QStringLiteral("system")) && seed_delivery) {
+        if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
+            exec_or_throw(q, QString::fromLatin1(sql), {});
+    if (!present.contains(QStringLiteral("system"), Qt::CaseInsensitive) && seed_delivery) {
         // The rows a delivered database carries.
         const std::pair<const char*, const char*> delivered[] = {
             {"Corporation Name", "Lumora Instruments"},

@@ -116,14 +116,16 @@ void save_baseline() {
 }
 
 void save_com_port() {
-    try {
-        db_transaction([] {
-            db_execute(QStringLiteral("DELETE from system WHERE ParaName =? "), {QStringLiteral("ComPort")});
-            db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
-                       {QStringLiteral("ComPort"), QString::number(shared.com_port)});
-        });
-    } catch (const db_error&) {
-    }
+    // Waits for another program's lock like the baseline; a port that still cannot be stored is
+    // chosen again in the port dialog, so it needs no box.
+    db_write_retrying(QStringLiteral("ComPort"),
+                      [port = shared.com_port] {
+                          db_execute(QStringLiteral("DELETE from system WHERE ParaName =? "),
+                                     {QStringLiteral("ComPort")});
+                          db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                                     {QStringLiteral("ComPort"), QString::number(port)});
+                      },
+                      {});
 }
 
 } // namespace lumora
