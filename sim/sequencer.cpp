@@ -10,6 +10,8 @@ namespace lumora::sim {
 
 namespace {
 template <class... F> struct Overload : F... { using F::operator()...; };
+// Clang 14 does not deduce an aggregate's arguments from its initialisers yet.
+template <class... F> Overload(F...) -> Overload<F...>;
 } // namespace
 
 Sequencer::Sequencer(double speed, double start_nm) : speed_(speed), from_nm_(start_nm), to_nm_(start_nm) {}

@@ -6,7 +6,7 @@
 #include "platform/comm_port.h"
 #include "platform/prompts.h"
 #include "store/database.h"
-#include "store/settings_store.h"
+#include "store/store_start.h"
 
 #include <QApplication>
 #include <QScreen>
@@ -27,19 +27,14 @@ int main(int argc, char** argv) {
     frmMain* main_window = nullptr;
     // The splash stays a second, then the settings load and the main window comes up.
     QTimer::singleShot(1000, [&] {
-        QString why = db_open();
-        if (why.isEmpty()) {
-            try {
-                load_settings();
-            } catch (const db_error& e) {
-                why = e.what;
-            }
-        }
-        if (!why.isEmpty()) {
+        QString why;
+        // Hidden, not closed, before a question: closing the only window would end the program.
+        if (open_store(why, [&] { splash->hide(); }) != store_start::ready) {
             splash->close();
-            prompts::message_box(QStringLiteral("The database cannot be opened: ") + why, box_icon::critical,
-                                 QStringLiteral("Warning"));
-            QApplication::exit(1);
+            if (!why.isEmpty())
+                prompts::message_box(QStringLiteral("The database cannot be opened: ") + why,
+                                     box_icon::critical, QStringLiteral("Warning"));
+            QApplication::exit(why.isEmpty() ? 0 : 1);
             return;
         }
         main_window = new frmMain(make_serial_backend());

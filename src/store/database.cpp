@@ -1,52 +1,68 @@
 #include "database.h"
 
+#include <QDate>
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QStandardPaths>
+#include <QTimer>
+#include <map>
 
 namespace lumora {
 namespace {
 
 const QString connection_name = QStringLiteral("lumora");
 
+// A statement waits this long for another program's lock before it gives up; longer waits are
+// retries from the event loop (db_write_retrying), so the window never hangs on a lock.
+constexpr int busy_timeout_ms = 100;
+constexpr int retry_interval_ms = 250;
+constexpr int retry_for_ms = 5000;
+
+db_error last_open_failure;
+
 QSqlDatabase connection() {
     return QSqlDatabase::database(connection_name, false);
 }
 
-void exec_or_throw(QSqlQuery& q, const QString& sql, const std::vector<QVariant>& values) {
-    if (!q.prepare(sql)) throw db_error{q.lastError().text()};
-    for (std::size_t i = 0; i < values.size(); ++i)
-        q.bindValue(static_cast<int>(i), values[i]);
-    if (!q.exec()) throw db_error{q.lastError().text()};
+db_error to_error(const QSqlError& e) {
+    const QString why = e.databaseText().isEmpty() ? e.text() : e.databaseText();
+    return db_error{why, e.nativeErrorCode().toInt()};
 }
 
+void exec_or_throw(QSqlQuery& q, const QString& sql, const std::vector<QVariant>& values) {
+    if (!q.prepare(sql)) throw to_error(q.lastError());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        q.bindValue(static_cast<int>(i), values[i]);
+    if (!q.exec()) throw to_error(q.lastError());
+}
+
+// Creates the tables and indexes that are missing; a complete file is not written at all, so a
+// read-only one opens as well.
 void create_tables(QSqlDatabase& db, bool seed_delivery) {
     QSqlQuery q(db);
-    const bool had_system = db.tables().contains(QStringLiteral("system"));
-    exec_or_throw(
-        q, QStringLiteral("CREATE TABLE IF NOT EXISTS system (ParaName TEXT COLLATE NOCASE, ParaValue TEXT)"),
-        {});
-    exec_or_throw(
-        q,
-        QStringLiteral(
-            "CREATE TABLE IF NOT EXISTS data (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, "
-            "ParaValue TEXT, ParaType TEXT, DataSet INTEGER)"),
-        {});
-    exec_or_throw(q,
-                  QStringLiteral("CREATE TABLE IF NOT EXISTS parameter (BatchName TEXT, FunctionName TEXT, "
-                                 "ParaSeqNo INTEGER, ParaValue TEXT)"),
-                  {});
-    exec_or_throw(
-        q, QStringLiteral("CREATE INDEX IF NOT EXISTS data_batch ON data (FunctionName, BatchName)"), {});
-    exec_or_throw(
-        q,
-        QStringLiteral("CREATE INDEX IF NOT EXISTS parameter_batch ON parameter (FunctionName, BatchName)"),
-        {});
-    exec_or_throw(q, QStringLiteral("CREATE INDEX IF NOT EXISTS system_name ON system (ParaName)"), {});
-    if (!had_system && seed_delivery) {
+    exec_or_throw(q, QStringLiteral("SELECT name FROM sqlite_master"), {});
+    QStringList present;
+    while (q.next())
+        present << q.value(0).toString();
+    const std::pair<const char*, const char*> schema[] = {
+        {"system", "CREATE TABLE system (ParaName TEXT COLLATE NOCASE, ParaValue TEXT)"},
+        {"data", "CREATE TABLE data (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, ParaValue TEXT, "
+                 "ParaType TEXT, DataSet INTEGER)"},
+        {"parameter",
+         "CREATE TABLE parameter (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, ParaValue TEXT)"},
+        {"data_batch", "CREATE INDEX data_batch ON data (FunctionName, BatchName)"},
+        {"parameter_batch", "CREATE INDEX parameter_batch ON parameter (FunctionName, BatchName)"},
+        {"system_name", "CREATE INDEX system_name ON system (ParaName)"}};
+    for (const auto& [name, sql] : schema)
+        if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
+            exec_or_throw(q, QString::fromLatin1(sql), {});
+    if (!present.contains(QStringLiteral("system"), Qt::CaseInsensitive) && seed_delivery) {
         // The rows a delivered database carries.
         const std::pair<const char*, const char*> delivered[] = {
             {"Corporation Name", "Lumora Instruments"},
@@ -57,6 +73,41 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
             exec_or_throw(q, QStringLiteral("INSERT INTO system (ParaName,ParaValue) VALUES (?,?)"),
                           {QString::fromLatin1(name), QString::fromLatin1(value)});
     }
+}
+
+struct pending_write {
+    std::uint64_t id = 0;
+    QDeadlineTimer give_up;
+    std::function<void()> body;
+    std::function<void(const QString&)> done;
+};
+std::map<QString, pending_write>& pending_writes() {
+    static std::map<QString, pending_write> writes;
+    return writes;
+}
+std::uint64_t next_write_id = 0;
+
+void attempt_write(const QString& key, std::uint64_t id) {
+    auto& writes = pending_writes();
+    auto it = writes.find(key);
+    if (it == writes.end() || it->second.id != id) return; // replaced, or the database was closed
+    const auto body = it->second.body;
+    const bool last_try = it->second.give_up.hasExpired();
+    QString why;
+    try {
+        db_transaction(body);
+    } catch (const db_error& e) {
+        if (e.locked() && !last_try) {
+            QTimer::singleShot(retry_interval_ms, [key, id] { attempt_write(key, id); });
+            return;
+        }
+        why = e.what.isEmpty() ? QStringLiteral("unknown database fault") : e.what;
+    }
+    it = writes.find(key);
+    if (it == writes.end() || it->second.id != id) return;
+    const auto done = std::move(it->second.done);
+    writes.erase(it);
+    if (done) done(why);
 }
 
 } // namespace
@@ -77,32 +128,81 @@ QString data_folder() {
     return dir;
 }
 
-QString db_open() {
-    return db_open_file(data_folder() + QStringLiteral("/Lumora.db"), true);
+QString db_path() {
+    return data_folder() + QStringLiteral("/Lumora.db");
 }
 
-QString db_open_file(const QString& path, bool seed_delivery) {
+QString db_open() {
+    return db_open_file(db_path(), true);
+}
+
+QString db_open_file(const QString& path, bool seed_delivery, bool read_only) {
     db_close();
+    last_open_failure = {};
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_name);
         db.setDatabaseName(path);
-        if (!db.open())
-            return db.lastError().text().isEmpty() ? QStringLiteral("cannot open ") + path
-                                                   : db.lastError().text();
+        if (read_only) db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (!db.open()) {
+            last_open_failure = to_error(db.lastError());
+            if (last_open_failure.what.isEmpty())
+                last_open_failure.what = QStringLiteral("cannot open ") + path;
+            return last_open_failure.what;
+        }
         try {
             QSqlQuery q(db);
-            exec_or_throw(q, QStringLiteral("PRAGMA journal_mode=WAL"), {});
-            exec_or_throw(q, QStringLiteral("PRAGMA busy_timeout=3000"), {});
-            create_tables(db, seed_delivery);
+            exec_or_throw(q, QStringLiteral("PRAGMA busy_timeout=%1").arg(busy_timeout_ms), {});
+            // Reading the schema first tells a file that is not a database from one that is.
+            exec_or_throw(q, QStringLiteral("SELECT count(*) FROM sqlite_master"), {});
+            if (!read_only) {
+                try {
+                    exec_or_throw(q, QStringLiteral("PRAGMA journal_mode=WAL"), {});
+                } catch (const db_error& e) {
+                    // A file that cannot be written keeps its journal; reading it is still fine.
+                    if (e.unreadable()) throw;
+                }
+                create_tables(db, seed_delivery);
+            }
         } catch (const db_error& e) {
             db.close();
+            last_open_failure = e;
             return e.what;
         }
     }
     return {};
 }
 
+const db_error& db_open_failure() {
+    return last_open_failure;
+}
+
+QString db_aside_path(const QString& path) {
+    const QFileInfo file(path);
+    const QString stem = file.dir().filePath(file.completeBaseName() + QLatin1Char('-') +
+                                             QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")));
+    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
+    QString target = stem + suffix;
+    for (int n = 2; QFileInfo::exists(target) || QFileInfo::exists(target + QStringLiteral("-wal")) ||
+                    QFileInfo::exists(target + QStringLiteral("-shm"));
+         ++n)
+        target = stem + QLatin1Char('-') + QString::number(n) + suffix;
+    return target;
+}
+
+QString db_move_aside(const QString& path, const QString& target) {
+    QFile db_file(path);
+    if (!db_file.rename(target)) return db_file.errorString();
+    // A journal left beside a new file would be replayed into it: the companions move too.
+    for (const char* companion : {"-wal", "-shm"}) {
+        const QString from = path + QLatin1String(companion);
+        if (QFileInfo::exists(from) && !QFile::rename(from, target + QLatin1String(companion)))
+            return QStringLiteral("cannot rename ") + from;
+    }
+    return {};
+}
+
 void db_close() {
+    pending_writes().clear();
     if (!QSqlDatabase::contains(connection_name)) return;
     {
         QSqlDatabase db = connection();
@@ -141,17 +241,31 @@ void db_execute(const QString& sql, const std::vector<QVariant>& values) {
 }
 
 void db_begin() {
-    if (!connection().transaction()) throw db_error{connection().lastError().text()};
+    QSqlDatabase db = connection();
+    if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
+    if (!db.transaction()) throw to_error(db.lastError());
 }
 void db_commit() {
-    if (!connection().commit()) {
-        const QString why = connection().lastError().text();
-        connection().rollback();
-        throw db_error{why};
+    QSqlDatabase db = connection();
+    if (!db.commit()) {
+        const db_error why = to_error(db.lastError());
+        db.rollback();
+        throw why;
     }
 }
 void db_rollback() {
     connection().rollback();
+}
+
+void db_write_retrying(const QString& key, std::function<void()> body,
+                       std::function<void(const QString& why)> done) {
+    const std::uint64_t id = ++next_write_id;
+    pending_writes()[key] = pending_write{id, QDeadlineTimer(retry_for_ms), std::move(body), std::move(done)};
+    attempt_write(key, id);
+}
+
+bool db_write_pending(const QString& key) {
+    return pending_writes().count(key) > 0;
 }
 
 } // namespace lumora

@@ -3,6 +3,7 @@
 // Statements keep their shape and take their values as bound parameters, never pasted in.
 #include <QString>
 #include <QVariant>
+#include <functional>
 #include <vector>
 
 namespace lumora {
@@ -24,28 +25,55 @@ private:
 // The data folder: LUMORA_DATA_DIR, else the per-user application data folder. Created if missing.
 QString data_folder();
 
+// Lumora.db in the data folder.
+QString db_path();
+
+struct db_error {
+    QString what; // the database's own words: "database is locked", "file is not a database"
+    int code = 0; // SQLite's result code, 0 when the fault is not the database's
+    // Another program holds a lock on the file: the same write may succeed a moment later.
+    bool locked() const { return (code & 0xff) == 5 || (code & 0xff) == 6; }
+    // The file is not a database, or a damaged one: nothing in it can be trusted.
+    bool unreadable() const { return (code & 0xff) == 11 || (code & 0xff) == 26; }
+};
+
 // Opens (creating if needed) the database in the data folder. A new file gets the tables and the
 // delivered rows of the system table. Returns "" or why it failed.
 QString db_open();
 // Opens a database file at an explicit path; `seed_delivery` false leaves a new file's tables empty.
-QString db_open_file(const QString& path, bool seed_delivery);
+// `read_only` opens it as a file that cannot be written (the tables are then not created).
+QString db_open_file(const QString& path, bool seed_delivery, bool read_only = false);
+// The fault of the last failed open, with its code.
+const db_error& db_open_failure();
+// Closes the connection and drops every pending retry (db_write_retrying).
 void db_close();
 bool db_is_open();
+
+// Where a file that cannot be used is moved: "<name>-<yyyy-MM-dd>.db" beside it, or
+// "<name>-<yyyy-MM-dd>-2.db" and so on when that is taken.
+QString db_aside_path(const QString& path);
+// Renames the file at `path` and its -wal and -shm companions to `target`; nothing is deleted.
+// Returns "" or why it failed.
+QString db_move_aside(const QString& path, const QString& target);
 
 // A query with bound values; a failing statement throws db_error.
 record_set db_query(const QString& sql, const std::vector<QVariant>& values = {});
 // A statement with bound values; throws db_error when it fails.
 void db_execute(const QString& sql, const std::vector<QVariant>& values = {});
 
-struct db_error {
-    QString what;
-};
-
 // All statements run inside `body` commit together, or none of them does (body threw).
 template <class F> void db_transaction(F&& body);
 void db_begin();
 void db_commit();
 void db_rollback();
+
+// Runs `body` in one transaction now and, while another program's lock keeps the file busy, again
+// from the event loop every few hundred milliseconds for up to five seconds; the window stays live
+// in between. `done` gets "" once written, or the reason of the last failure. A new write under the
+// same `key` replaces one still waiting.
+void db_write_retrying(const QString& key, std::function<void()> body,
+                       std::function<void(const QString& why)> done);
+bool db_write_pending(const QString& key);
 
 template <class F> void db_transaction(F&& body) {
     db_begin();

@@ -4,6 +4,10 @@
 #include "link/link_context.h"
 #include "link/shared_state.h"
 #include "platform/numeric_text.h"
+#include "platform/prompts.h"
+
+#include <array>
+#include <memory>
 
 namespace lumora {
 namespace {
@@ -74,40 +78,54 @@ void load_baseline() {
 void save_baseline() {
     set_panel(6, QStringLiteral("Saving baseline..."));
     busy(true);
-    try {
-        db_transaction([] {
+    // The baseline of this moment: a scan that starts while another program's lock delays the
+    // write must not end up half in the file.
+    auto baseline = std::make_shared<std::array<double, wavelength_points>>();
+    for (std::size_t i = 0; i < baseline->size(); ++i)
+        (*baseline)[i] = shared.baseline_curves[i][0];
+    db_write_retrying(
+        QStringLiteral("baseline"),
+        [baseline] {
             db_execute(QStringLiteral("DELETE from system WHERE ParaName LIKE 'BL%' "));
             int tenths = 0;
             for (int i = 0; i < wavelength_points; ++i) {
-                db_execute(
-                    QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
-                    {QStringLiteral("BL") + QString::fromStdString(format_number(i, "000")),
-                     QString::number(shared.baseline_curves[static_cast<std::size_t>(i)][0], 'g', 15)});
+                db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                           {QStringLiteral("BL") + QString::fromStdString(format_number(i, "000")),
+                            QString::number((*baseline)[static_cast<std::size_t>(i)], 'g', 15)});
                 if (i % 79 == 0) {
                     ++tenths;
                     // Eleven steps, the last one "110% done...": that is the text users know.
                     set_panel(6, QStringLiteral("Saving baseline %1% done...").arg(10 * tenths));
                 }
             }
+        },
+        [](const QString& why) {
+            busy(false);
+            if (why.isEmpty()) {
+                shared.baseline_missing = false;
+                set_panel(6, QStringLiteral("Baseline saved..."));
+                return;
+            }
+            // Nothing was written; the measured baseline stays in use for this run.
+            set_panel(6, QStringLiteral("Baseline not saved: ") + why);
+            prompts::message_box(QStringLiteral("The baseline could not be saved in the database: ") + why +
+                                     QStringLiteral(".\n\nThe measured baseline is used until the program "
+                                                    "ends; scan it again once the database can be written."),
+                                 box_icon::exclamation, QStringLiteral("System Message"));
         });
-    } catch (const db_error&) {
-        // Nothing was written (the transaction is rolled back); the hourglass stays as the fault left it.
-        return;
-    }
-    shared.baseline_missing = false;
-    busy(false);
-    set_panel(6, QStringLiteral("Baseline saved..."));
 }
 
 void save_com_port() {
-    try {
-        db_transaction([] {
-            db_execute(QStringLiteral("DELETE from system WHERE ParaName =? "), {QStringLiteral("ComPort")});
-            db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
-                       {QStringLiteral("ComPort"), QString::number(shared.com_port)});
-        });
-    } catch (const db_error&) {
-    }
+    // Waits for another program's lock like the baseline; a port that still cannot be stored is
+    // chosen again in the port dialog, so it needs no box.
+    db_write_retrying(QStringLiteral("ComPort"),
+                      [port = shared.com_port] {
+                          db_execute(QStringLiteral("DELETE from system WHERE ParaName =? "),
+                                     {QStringLiteral("ComPort")});
+                          db_execute(QStringLiteral("Insert into system (ParaName,ParaValue) values (?,?) "),
+                                     {QStringLiteral("ComPort"), QString::number(port)});
+                      },
+                      {});
 }
 
 } // namespace lumora

@@ -10,6 +10,8 @@ void load_settings();
 // Baseline rows in key order into column 0 of baseline_curves and reference_intensity.
 void load_baseline();
 // Column 0 of baseline_curves into BL000..BL790, in one transaction, with progress in panel 6.
+// While another program locks the file the write is tried again for a few seconds from the event
+// loop; a save that still fails says why in panel 6 and in one "System Message" box.
 void save_baseline();
 // The chosen port number into "ComPort".
 void save_com_port();
