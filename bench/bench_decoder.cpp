@@ -102,6 +102,33 @@ void BM_IntensityFrame_ThroughPort(benchmark::State& state) {
 }
 BENCHMARK(BM_IntensityFrame_ThroughPort);
 
+// The same when the interface was busy: five frames arrive in one buffer, as a burst, and the
+// port cuts them into five receive events.
+void BM_IntensityFrame_ThroughPortMerged(benchmark::State& state) {
+    lambda_panel_link link;
+    auto backend = std::make_unique<memory_backend>();
+    memory_backend* pipe = backend.get();
+    comm_port port(std::move(backend));
+    port.setPortOpen(true);
+    port.RThreshold = 6;
+    link_ctx.port = &port;
+    QObject::connect(&port, &comm_port::OnComm, [] { on_comm_event(); });
+    std::array<QByteArray, 2> bursts;
+    for (std::size_t k = 0; k < 10; ++k)
+        bursts[k / 5].append(reinterpret_cast<const char*>(link.frames[k].data()), 6);
+    std::size_t i = 0;
+    const long long before = allocations();
+    for (auto _ : state) {
+        pipe->inject(bursts[i]);
+        i ^= 1;
+    }
+    state.SetItemsProcessed(state.iterations() * 5);
+    state.counters["allocs_per_frame"] =
+        benchmark::Counter(static_cast<double>(allocations() - before) / (5.0 * state.iterations()));
+    if (port.InBufferCount() != 0) state.SkipWithError("frames were left in the port's buffer");
+}
+BENCHMARK(BM_IntensityFrame_ThroughPortMerged);
+
 } // namespace
 
 BENCHMARK_MAIN();

@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <cstring>
 
 namespace lumora {
 
@@ -36,9 +37,9 @@ bool comm_port::PortOpen() const {
 QByteArray comm_port::Input() {
     QByteArray out;
     if (piece_pending_) {
+        // A shared copy: once the caller lets it go, the next reply reuses the storage.
         piece_pending_ = false;
-        out.swap(piece_);
-        return out;
+        return piece_;
     }
     in_input_ = true;
     backend_->drain();
@@ -78,7 +79,8 @@ void comm_port::deliver_pieces() {
     delivering_ = true;
     while (RThreshold > 0 && buffer_.size() >= RThreshold && backend_->is_open()) {
         const qsizetype n = RThreshold;
-        piece_ = buffer_.left(n);
+        piece_.resize(n);
+        std::memcpy(piece_.data(), buffer_.constData(), static_cast<std::size_t>(n));
         buffer_.remove(0, n);
         piece_pending_ = true;
         const bool joined = arrivals_in_front_ > 1;
@@ -96,7 +98,6 @@ void comm_port::deliver_pieces() {
         emit OnComm();
         // A reply the handler did not take is gone with its event.
         piece_pending_ = false;
-        piece_.clear();
     }
     delivering_ = false;
     arm_silence();
