@@ -8,6 +8,7 @@
 #include "platform/comm_port.h"
 
 #include <memory>
+#include <vector>
 
 using namespace lumora;
 using namespace lumora::bench;
@@ -79,6 +80,8 @@ void BM_IntensityFrame_CompletingReading(benchmark::State& state) {
 BENCHMARK(BM_IntensityFrame_CompletingReading)->Arg(0)->Arg(1)->Arg(2);
 
 // The whole receive path: bytes into the port's buffer, the receive event, Input, the decoder.
+// Argument: frames per arrival; 5 is a busy interface, where the port cuts one buffer into five
+// receive events.
 void BM_IntensityFrame_ThroughPort(benchmark::State& state) {
     lambda_panel_link link;
     auto backend = std::make_unique<memory_backend>();
@@ -88,46 +91,20 @@ void BM_IntensityFrame_ThroughPort(benchmark::State& state) {
     port.RThreshold = 6;
     link_ctx.port = &port;
     QObject::connect(&port, &comm_port::OnComm, [] { on_comm_event(); });
-    std::array<QByteArray, 10> wire;
+    const auto per_arrival = static_cast<std::size_t>(state.range(0));
+    std::vector<QByteArray> wire(10 / per_arrival);
     for (std::size_t k = 0; k < 10; ++k)
-        wire[k] = QByteArray(reinterpret_cast<const char*>(link.frames[k].data()), 6);
+        wire[k / per_arrival].append(reinterpret_cast<const char*>(link.frames[k].data()), 6);
     std::size_t i = 0;
     const long long before = allocations();
     for (auto _ : state) {
         pipe->inject(wire[i]);
-        i = i == 9 ? 0 : i + 1;
+        i = i + 1 == wire.size() ? 0 : i + 1;
     }
-    report(state, allocations() - before);
+    report(state, allocations() - before, static_cast<long long>(per_arrival));
     if (port.InBufferCount() != 0) state.SkipWithError("frames were left in the port's buffer");
 }
-BENCHMARK(BM_IntensityFrame_ThroughPort);
-
-// The same when the interface was busy: five frames arrive in one buffer, as a burst, and the
-// port cuts them into five receive events.
-void BM_IntensityFrame_ThroughPortMerged(benchmark::State& state) {
-    lambda_panel_link link;
-    auto backend = std::make_unique<memory_backend>();
-    memory_backend* pipe = backend.get();
-    comm_port port(std::move(backend));
-    port.setPortOpen(true);
-    port.RThreshold = 6;
-    link_ctx.port = &port;
-    QObject::connect(&port, &comm_port::OnComm, [] { on_comm_event(); });
-    std::array<QByteArray, 2> bursts;
-    for (std::size_t k = 0; k < 10; ++k)
-        bursts[k / 5].append(reinterpret_cast<const char*>(link.frames[k].data()), 6);
-    std::size_t i = 0;
-    const long long before = allocations();
-    for (auto _ : state) {
-        pipe->inject(bursts[i]);
-        i ^= 1;
-    }
-    state.SetItemsProcessed(state.iterations() * 5);
-    state.counters["allocs_per_frame"] =
-        benchmark::Counter(static_cast<double>(allocations() - before) / (5.0 * state.iterations()));
-    if (port.InBufferCount() != 0) state.SkipWithError("frames were left in the port's buffer");
-}
-BENCHMARK(BM_IntensityFrame_ThroughPortMerged);
+BENCHMARK(BM_IntensityFrame_ThroughPort)->Arg(1)->Arg(5);
 
 } // namespace
 

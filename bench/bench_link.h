@@ -29,10 +29,11 @@ inline std::array<std::uint8_t, 6> frame(std::uint8_t code, std::int32_t value) 
             0};
 }
 
-// Frames per second, how many times the wire's limit that is, and heap allocations per frame.
-inline void report(benchmark::State& state, long long allocations) {
-    const auto n = static_cast<double>(state.iterations());
-    state.SetItemsProcessed(state.iterations());
+// Frames per second, how many times the wire's limit that is, and heap allocations per frame;
+// each iteration handled `frames_per_iteration` frames.
+inline void report(benchmark::State& state, long long allocations, long long frames_per_iteration = 1) {
+    const auto n = static_cast<double>(state.iterations() * frames_per_iteration);
+    state.SetItemsProcessed(state.iterations() * frames_per_iteration);
     state.counters["x_wire"] = benchmark::Counter(n / wire_frames_per_second, benchmark::Counter::kIsRate);
     state.counters["allocs_per_frame"] = benchmark::Counter(static_cast<double>(allocations) / n);
 }

@@ -101,13 +101,13 @@ private:
     void arm_silence();
 
     std::unique_ptr<comm_backend> backend_;
-    QByteArray buffer_;           // received, not yet handed over
-    QByteArray piece_;            // the reply of the receive event in progress
-    bool piece_pending_ = false;  // piece_ not yet taken by Input
-    bool delivering_ = false;     // inside a receive event
-    int arrivals_in_front_ = 0;   // arrivals that brought the bytes at the front of buffer_
+    QByteArray buffer_;          // received, not yet handed over
+    QByteArray piece_;           // the reply of the receive event in progress
+    bool piece_pending_ = false; // piece_ not yet taken by Input
+    bool delivering_ = false;    // inside a receive event
+    int arrivals_in_front_ = 0;  // arrivals that brought the bytes at the front of buffer_
     int comm_event_ = 0;
-    bool in_input_ = false;       // Input() collects late bytes without raising the event again
+    bool in_input_ = false; // Input() collects late bytes without raising the event again
     framing_counts counts_;
     QTimer silence_;
     QElapsedTimer last_arrival_;

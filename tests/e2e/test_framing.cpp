@@ -7,14 +7,15 @@
 #include "platform/comm_port.h"
 #include "platform/status_bar.h"
 #include "sim/model.h"
+#include "sim_process.h"
 #include "spectrum_rig.h"
 #include "store/database.h"
 #include "store/settings_store.h"
 #include "support/wait.h"
 
+#include "platform/prompts.h"
 #include <QFile>
 #include <QLabel>
-#include "platform/prompts.h"
 #include <QProcess>
 #include <QPushButton>
 #include <QRandomGenerator>
@@ -24,6 +25,7 @@
 #include <gtest/gtest.h>
 
 using namespace lumora;
+using lumora::test::sim_process;
 using lumora::test::spectrum_rig;
 
 namespace {
@@ -95,24 +97,6 @@ TEST(ShortFrames, AreDroppedAfterSilenceAndNeverShownAsReadings) {
 }
 
 namespace {
-
-// lumora-sim on a pseudo-terminal, taking control lines on its standard input.
-struct sim_process {
-    QProcess process;
-    QString link;
-    sim_process(const QString& dir, const QStringList& extra) : link(dir + "/com1") {
-        process.setProgram(QStringLiteral(LUMORA_SIM_EXE));
-        process.setArguments(QStringList{"--link", link} + extra);
-        process.start();
-        process.waitForStarted(5000);
-        test::wait_until([&] { return QFile::exists(link); }, 5000);
-    }
-    void control(const char* line) { process.write(QByteArray(line) + '\n'); }
-    ~sim_process() {
-        process.terminate();
-        if (!process.waitForFinished(3000)) process.kill();
-    }
-};
 
 // The program over the real serial path, its port dialog's "Port open" pressed.
 struct live_program {
@@ -236,7 +220,8 @@ TEST(LostPort, ClosesItselfKeepsTheCurvesAndAReconnectGivesTheFunctionBack) {
     s.rig.window->show_port_dialog();
     s.rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
     ASSERT_TRUE(s.rig.run_until(
-        [&] { return s.rig.panel(6).startsWith("OK.") && s.rig.panel(4) == QStringLiteral("On-line"); }, 120));
+        [&] { return s.rig.panel(6).startsWith("OK.") && s.rig.panel(4) == QStringLiteral("On-line"); },
+        120));
     EXPECT_EQ(shared.function_id, fid_spectrum);
     EXPECT_EQ(s.rig.window->current_function(), s.window) << "the window stayed";
     EXPECT_TRUE(s.rig.window->toolbar_button(3)->isEnabled());

@@ -8,6 +8,7 @@
 #include "platform/status_bar.h"
 #include "store/database.h"
 #include "store/settings_store.h"
+#include "sim_process.h"
 #include "support/wait.h"
 
 #include <QFile>
@@ -19,27 +20,8 @@
 #include <gtest/gtest.h>
 
 using namespace lumora;
+using lumora::test::sim_process;
 
-namespace {
-
-// lumora-sim as a child process, serving a pty behind a symlink.
-struct sim_process {
-    QProcess process;
-    QString link;
-    sim_process(const QString& dir, const QStringList& extra) : link(dir + "/com1") {
-        process.setProgram(QStringLiteral(LUMORA_SIM_EXE));
-        process.setArguments(QStringList{"--link", link} + extra);
-        process.start();
-        process.waitForStarted(5000);
-        test::wait_until([&] { return QFile::exists(link); }, 5000);
-    }
-    ~sim_process() {
-        process.terminate();
-        if (!process.waitForFinished(3000)) process.kill();
-    }
-};
-
-} // namespace
 
 TEST(SerialPath, StartupOverARealPseudoTerminalReachesTheLiveReading) {
     QTemporaryDir dir;
