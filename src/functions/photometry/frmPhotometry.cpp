@@ -114,8 +114,11 @@ void frmPhotometry::read() {
     move_to_column(at.col - 1);
     // The mark of a Zero row says so from its first reading on.
     grid_->setTextMatrix(at.row, 0, ph_row_label(at.row, true, photometry_run.ph_zeroing));
+    shared.reading_index = 0; // frames of the stream so far are no part of this reading
     begin_exchange();
     send_message(cmd_goto_lambda);
+    // Stop stays live: it gives the toolbar back while the run goes on.
+    if (main_hooks.toolbar_enable_stop) main_hooks.toolbar_enable_stop();
 }
 
 void frmPhotometry::zero() {
@@ -195,6 +198,9 @@ void frmPhotometry::start_reading() {
     move_to_column(at.col - 1);
     if (at.row >= grid_->Rows()) grid_->setRows(at.row + 1);
     grid_->setTextMatrix(at.row, 0, ph_row_label(at.row, true, r.ph_zeroing));
+    // After a cycle wait the frames of the stream were counted all along: the reading at the
+    // next wavelength starts from none, or the old wavelength could complete it before the move.
+    shared.reading_index = 0;
     begin_exchange();
     shared.measure_mode = mm_photometry;
     send_message(cmd_goto_lambda);
