@@ -42,6 +42,10 @@ struct photometry_rig {
     dlgPhotometry* setup() { return qobject_cast<dlgPhotometry*>(rig.window->current_setup_dialog()); }
     // Fills the dialog as a user types, then OK.
     void choose(const photometry_setup_choice& c) {
+        choose(c, [](dlgPhotometry&) {});
+    }
+    // The same, with a look at the filled dialog before OK.
+    template <class F> void choose(const photometry_setup_choice& c, F&& before_ok) {
         dlgPhotometry& dlg = *setup();
         dlg.txtInst(0)->setText(QString::number(c.lambdas.size()));
         for (std::size_t i = 0; i < c.lambdas.size(); ++i)
@@ -59,6 +63,7 @@ struct photometry_rig {
         }
         for (int i = 0; i < 3; ++i)
             dlg.cmbEqu(i)->setCurrentIndex(c.signs[static_cast<std::size_t>(i)]);
+        before_ok(dlg);
         dlg.cmdOk_Click();
     }
     bool finished() const {

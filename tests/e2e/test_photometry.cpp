@@ -38,7 +38,7 @@ TEST(PhotometryRun, ZeroOnBlankThenCyclesOfTheDyeWithTheEquation) {
     c.signs = {1, 0, 0};
     c.k1 = QStringLiteral("2");
     c.k2 = QStringLiteral("0.5");
-    p.choose(c);
+    p.choose(c, [](dlgPhotometry& dlg) { keep_picture(dlg, "photometry_dialog"); });
     grid& g = p.window->fgdData();
     ASSERT_EQ(g.Cols(), 5);
     EXPECT_EQ(g.TextMatrix(0, 0), QStringLiteral("No. (Unit=ABS)"));
@@ -94,6 +94,7 @@ TEST(PhotometryRun, ZeroOnBlankThenCyclesOfTheDyeWithTheEquation) {
     EXPECT_EQ(photometry_run.ph_marks[9].selected, 1);
     p.rig.window->resize(900, 600);
     keep_picture(*p.window, "photometry_grid");
+    keep_picture(*p.rig.window, "photometry_main");
 }
 
 TEST(PhotometryRun, NeutralFiltersReadTheModelInAbsorbanceAndTransmittance) {

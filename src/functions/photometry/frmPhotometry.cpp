@@ -9,6 +9,7 @@
 #include "photometry_setup.h"
 #include "platform/grid.h"
 
+#include <QHeaderView>
 #include <QVBoxLayout>
 
 namespace lumora {
@@ -89,6 +90,17 @@ void frmPhotometry::clear_form() {
         right_align(g, 0, n + 1);
         g.setColWidth(n + 1, std::max(72, fm.horizontalAdvance(ph_r_header()) + 12));
     }
+    // Row 0 holds the headers as texts; shown as the grid's own header it stays in view while
+    // a long run scrolls the rows.
+    for (int k = 0; k < g.Cols(); ++k) {
+        auto* header = new QTableWidgetItem(g.TextMatrix(0, k));
+        header->setTextAlignment(k == 0 ? Qt::AlignLeft | Qt::AlignVCenter
+                                        : Qt::AlignRight | Qt::AlignVCenter);
+        g.setHorizontalHeaderItem(k, header);
+    }
+    g.setColWidth(0, std::max(100, fm.horizontalAdvance(g.TextMatrix(0, 0)) + 12));
+    g.horizontalHeader()->show();
+    g.setRowHidden(0, true);
     photometry_run.ph_data_count = 0;
     photometry_run.ph_run_count = 0;
 }
