@@ -28,6 +28,31 @@ struct photometry_setup_choice {
     QString k1 = QStringLiteral("1"), k2 = QStringLiteral("1");
 };
 
+// Fills the setup dialog as a user types, then OK; `before_ok` sees the filled dialog.
+template <class F> void fill_setup(dlgPhotometry& dlg, const photometry_setup_choice& c, F&& before_ok) {
+    dlg.txtInst(0)->setText(QString::number(c.lambdas.size()));
+    for (std::size_t i = 0; i < c.lambdas.size(); ++i)
+        dlg.txtLambda(static_cast<int>(i))->setText(QString::number(c.lambdas[i]));
+    dlg.txtInst(1)->setText(QString::number(c.cycles));
+    dlg.txtInst(3)->setText(QString::number(c.interval));
+    dlg.cmbMeasure()->setCurrentIndex(c.mode);
+    dlg.cmbMeasure_Click();
+    dlg.Check2()->setChecked(c.advanced);
+    dlg.txtInst(4)->setText(c.k1);
+    dlg.txtInst(5)->setText(c.k2);
+    for (int i = 0; i < 4; ++i) {
+        dlg.cmbWL_GotFocus(i);
+        dlg.cmbWL(i)->setCurrentIndex(c.picks[static_cast<std::size_t>(i)]);
+    }
+    for (int i = 0; i < 3; ++i)
+        dlg.cmbEqu(i)->setCurrentIndex(c.signs[static_cast<std::size_t>(i)]);
+    before_ok(dlg);
+    dlg.cmdOk_Click();
+}
+inline void fill_setup(dlgPhotometry& dlg, const photometry_setup_choice& c) {
+    fill_setup(dlg, c, [](dlgPhotometry&) {});
+}
+
 struct photometry_rig {
     sim_rig rig;
     frmPhotometry* window = nullptr;
@@ -41,30 +66,10 @@ struct photometry_rig {
     }
     dlgPhotometry* setup() { return qobject_cast<dlgPhotometry*>(rig.window->current_setup_dialog()); }
     // Fills the dialog as a user types, then OK.
-    void choose(const photometry_setup_choice& c) {
-        choose(c, [](dlgPhotometry&) {});
-    }
+    void choose(const photometry_setup_choice& c) { fill_setup(*setup(), c); }
     // The same, with a look at the filled dialog before OK.
     template <class F> void choose(const photometry_setup_choice& c, F&& before_ok) {
-        dlgPhotometry& dlg = *setup();
-        dlg.txtInst(0)->setText(QString::number(c.lambdas.size()));
-        for (std::size_t i = 0; i < c.lambdas.size(); ++i)
-            dlg.txtLambda(static_cast<int>(i))->setText(QString::number(c.lambdas[i]));
-        dlg.txtInst(1)->setText(QString::number(c.cycles));
-        dlg.txtInst(3)->setText(QString::number(c.interval));
-        dlg.cmbMeasure()->setCurrentIndex(c.mode);
-        dlg.cmbMeasure_Click();
-        dlg.Check2()->setChecked(c.advanced);
-        dlg.txtInst(4)->setText(c.k1);
-        dlg.txtInst(5)->setText(c.k2);
-        for (int i = 0; i < 4; ++i) {
-            dlg.cmbWL_GotFocus(i);
-            dlg.cmbWL(i)->setCurrentIndex(c.picks[static_cast<std::size_t>(i)]);
-        }
-        for (int i = 0; i < 3; ++i)
-            dlg.cmbEqu(i)->setCurrentIndex(c.signs[static_cast<std::size_t>(i)]);
-        before_ok(dlg);
-        dlg.cmdOk_Click();
+        fill_setup(*setup(), c, before_ok);
     }
     bool finished() const {
         return shared.measure_mode == mm_lambda_panel && !window->cycle_waiting() &&
