@@ -349,7 +349,8 @@ void dlgPhotometry::reload_parameter() {
 void dlgPhotometry::txtInst_Change(int index) {
     // Box 0 is held to 1..10 on every change of any box.
     QLineEdit* box = txt_inst_[0];
-    const double v = number(box->text());
+    const QString text_before = box->text();
+    const double v = number(text_before);
     if (v <= 1 && box->text() != QStringLiteral("1")) {
         const QSignalBlocker block(box);
         box->setText(QStringLiteral("1"));
@@ -357,6 +358,8 @@ void dlgPhotometry::txtInst_Change(int index) {
         const QSignalBlocker block(box);
         box->setText(QStringLiteral("10"));
     }
+    // A rewritten box keeps its text selected while it has the focus, so the next key replaces it.
+    if (box->hasFocus() && box->text() != text_before) box->selectAll();
     if (index == 0) enable_lambdas(count_of(box->text()));
 }
 

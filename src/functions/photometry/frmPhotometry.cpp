@@ -37,6 +37,7 @@ frmPhotometry::frmPhotometry(const function_entry& entry, QWidget* parent) : fun
     grid_ = new grid(this);
     grid_->setObjectName(QStringLiteral("fgdData"));
     grid_->setAccessibleName(QStringLiteral("Photometry readings"));
+    grid_->horizontalHeader()->setHighlightSections(false);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(grid_);
@@ -78,7 +79,8 @@ void frmPhotometry::clear_form() {
     g.setCols(n + 1 + (s.ph_advanced ? 1 : 0));
     g.setColWidth(0, 100); // 1500 twips
     g.setTextMatrix(0, 0, ph_unit_header(s.ph_mode, s.ph_unit));
-    const QFontMetrics fm = g.fontMetrics();
+    // Widths that fit the header texts as the header draws them.
+    const QFontMetrics fm = g.horizontalHeader()->fontMetrics();
     for (int k = 1; k <= n; ++k) {
         const QString header = ph_lambda_header(s.ph_lambda[static_cast<std::size_t>(k - 1)]);
         g.setTextMatrix(0, k, header);
@@ -98,7 +100,7 @@ void frmPhotometry::clear_form() {
                                         : Qt::AlignRight | Qt::AlignVCenter);
         g.setHorizontalHeaderItem(k, header);
     }
-    g.setColWidth(0, std::max(100, fm.horizontalAdvance(g.TextMatrix(0, 0)) + 12));
+    g.setColWidth(0, std::max(100, fm.horizontalAdvance(g.TextMatrix(0, 0)) + 16));
     g.horizontalHeader()->show();
     g.setRowHidden(0, true);
     photometry_run.ph_data_count = 0;
