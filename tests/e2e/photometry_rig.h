@@ -1,7 +1,7 @@
 #pragma once
 // The program live on the simulator with the Photometry function entered, its setup typed into
-// the dialog, and Zero and Read passes run by toolbar. The rig runs no event loop, so it stands
-// in for the cycle timer as it does for Timer1: a wait ends when its interval of virtual time is up.
+// the dialog, and Zero and Read passes run by toolbar. The rig runs no event loop: a pass that
+// meets a cycle wait ends it at once (the real timer is the pseudo-terminal test's).
 #include "functions/photometry/dlgPhotometry.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
@@ -63,17 +63,14 @@ struct photometry_rig {
         return shared.measure_mode == mm_lambda_panel && !window->cycle_waiting() &&
                rig.window->toolbar_button(3)->isEnabled();
     }
-    // Runs virtual time until the pass has ended.
+    // Runs virtual time until the pass has ended, each cycle wait ended when its time is up.
     bool run_pass(double limit = 600) {
-        double waited = 0;
-        for (double t = 0; t < limit; t += 0.05) {
-            if (finished()) return true;
-            waited = window->cycle_waiting() ? waited + 0.05 : 0;
-            if (waited >= photometry_setup.ph_cycle_interval - 1e-9 && window->cycle_waiting())
-                window->cycle_wait_end();
-            rig.run_for(0.05);
-        }
-        return finished();
+        return rig.run_until(
+            [&] {
+                if (window->cycle_waiting()) window->cycle_wait_end();
+                return finished();
+            },
+            limit);
     }
     // Zero (button 2) or Read (button 3), run to its end.
     bool zero() {
@@ -84,7 +81,6 @@ struct photometry_rig {
         rig.window->toolbar_button(3)->trigger();
         return run_pass(limit);
     }
-    QString cell(int row, int col) const { return window->fgdData().TextMatrix(row, col); }
 };
 
 } // namespace lumora::test
