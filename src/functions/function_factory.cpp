@@ -1,10 +1,13 @@
 #include "function_window.h"
+#include "photometry/frmPhotometry.h"
 #include "spectrum/frmSpectrum.h"
 
 namespace lumora {
 
 function_window* make_function_window(const function_entry& entry) {
     switch (entry.function_id) {
+    case 1:
+        return new frmPhotometry(entry);
     case 2:
         return new frmSpectrum(entry);
     default:
