@@ -36,7 +36,7 @@ double wavelength() {
 
 void write_heads(grid& g) {
     g.Clear();
-    if (g.Rows() < 1) g.setRows(1);
+    g.setRows(1);
     if (g.Cols() < 3) g.setCols(3);
     for (int c = 0; c < 3; ++c)
         g.setColWidth(c, 100);
@@ -94,6 +94,7 @@ frmTimescan::frmTimescan(const function_entry& entry, QWidget* parent) : functio
         zoom_cursor(timescan.view, percent_t());
         zoom_data();
     };
+    tracking_->hooks.track_restart = tracking_->hooks.zoom;
 
     timed_schedule& t = link_ctx.hooks.timed[mm_timescan];
     t.ticks = &timescan.ts_ticks;
@@ -151,6 +152,9 @@ void frmTimescan::init() {
 void frmTimescan::init_data_area() {
     for (grid* g : tables_)
         write_heads(*g);
+    // Emptied tables number their rows from 1 again.
+    timescan.tracks.track_count = 0;
+    timescan.peak_count = timescan.valley_count = 0;
 }
 
 void frmTimescan::draw_frame() {
