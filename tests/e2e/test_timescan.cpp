@@ -4,7 +4,9 @@
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
+#include "plot/palette.h"
 #include "plot/plot_surface.h"
+#include "plot/plot_tracking.h"
 #include "timescan_rig.h"
 
 #include <QPushButton>
@@ -161,4 +163,49 @@ TEST(TimescanInterval, LongRunPagesBy280) {
     EXPECT_EQ(w->page_shown(), 2);
     EXPECT_EQ(timescan_interval.view.view_start, 56) << "page 2 starts at 2 x 280 x 0.1 s";
     keep_picture(*w, w->picTimescan(), "timescan_interval_page3");
+}
+
+TEST(TimescanSpan, TwentyOverlaidSawtoothsFillTheSquareWithTracksAndPeaks) {
+    timescan_rig t;
+    t.set_span(15, 0);
+    frmTimescan* w = t.span_window();
+    for (int run = 1; run <= 20; ++run) {
+        // Each run's arrival re-arms a zero that the lambda panel takes after it: zero anew.
+        ASSERT_TRUE(t.zero());
+        const QString sample = QStringLiteral("sample reaction:%1").arg(0.01 * run);
+        t.rig.instrument.control(sample.toStdString());
+        t.rig.window->toolbar_button(3)->trigger();
+        // A fresh cuvette every 4 s: the reading climbs and drops back, a tooth at a time.
+        for (int i = 0; i < 5 && shared.measure_mode == mm_timescan; ++i) {
+            t.rig.run_for(4);
+            t.rig.instrument.control(sample.toStdString());
+        }
+        ASSERT_EQ(shared.measure_mode, mm_lambda_panel) << "run " << run;
+    }
+    EXPECT_EQ(timescan.ts_curve_count, 20);
+    const plot_surface& s = w->picTimescan();
+    // Sample 280 of the last curve stands in column 340; the frame around the square is intact.
+    const QColor last = curve_color(20);
+    bool at_340 = false;
+    for (int y = plot_top + 1; y < plot_bottom; ++y)
+        at_340 = at_340 || s.logical_pixel(plot_right, y) == last;
+    EXPECT_TRUE(at_340);
+    for (int y = plot_top; y <= plot_bottom; ++y) {
+        ASSERT_EQ(s.logical_pixel(plot_right + 1, y), QColor(Qt::white)) << y;
+        ASSERT_EQ(s.logical_pixel(plot_left - 1, std::min(y, plot_bottom - 1)), QColor(Qt::black)) << y;
+    }
+    for (int x = plot_left; x <= plot_right; ++x) {
+        ASSERT_EQ(s.logical_pixel(x, plot_bottom), QColor(Qt::white)) << x;
+        ASSERT_EQ(s.logical_pixel(x, plot_top), QColor(Qt::black)) << x;
+    }
+
+    t.rig.window->toolbar_button(9)->trigger(); // Peak
+    EXPECT_GE(w->fgdPeak().Rows(), 4) << "a peak before each drop";
+    EXPECT_GE(w->fgdValley().Rows(), 4);
+    for (int x : {120, 200, 300})
+        w->tracking().mouse_down(QPoint(x, 150), Qt::RightButton);
+    EXPECT_EQ(w->fgdTrack().Rows(), 4);
+    EXPECT_EQ(w->fgdTrack().TextMatrix(3, 1), QStringLiteral("8.57sec"))
+        << "column 240 by the Read's view span of 10 s, until the next redraw";
+    keep_picture(*w, w->picTimescan(), "timescan_span_20_curves");
 }

@@ -65,7 +65,7 @@ frmTimescan::frmTimescan(const function_entry& entry, QWidget* parent) : functio
     const char* names[3] = {"fgdTrack", "fgdPeak", "fgdValley"};
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(scroll_, 5);
-    scroll_->setMinimumHeight(240);
+    scroll_->setMinimumHeight(350); // the whole square with its labels
     layout->addWidget(labels_[0]);
     layout->addWidget(labels_[1]);
     layout->addWidget(tabs_);

@@ -82,7 +82,7 @@ frmTimescan2::frmTimescan2(const function_entry& entry, QWidget* parent) : funct
             [this](QPoint pos, Qt::MouseButtons) { picTimescan_MouseMove(pos); });
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(scroll_, 5);
-    scroll_->setMinimumHeight(240);
+    scroll_->setMinimumHeight(350); // the whole square with its labels
     layout->addWidget(label_);
     layout->addLayout(page_row);
     layout->addWidget(tabs_);
