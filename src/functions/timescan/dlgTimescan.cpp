@@ -1,9 +1,11 @@
 #include "dlgTimescan.h"
 
 #include "functions/function_window.h"
+#include "functions/timescan_interval/timescan_interval_data.h"
 #include "link/shared_state.h"
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
+#include "timescan_data.h"
 #include "timescan_plot.h"
 #include "timescan_setup.h"
 
@@ -354,6 +356,10 @@ void dlgTimescan::cmdOk_Click() {
         for (std::size_t k = 0; k < 4; ++k)
             i.ti_report_text[k] = txt_report_[k]->text();
     }
+    if (interval)
+        timescan_interval.ti_dirty = dirty;
+    else
+        timescan.ts_dirty = dirty;
     const int id = interval ? fid_timescan2 : fid_timescan;
     accept();
     if (shared.function_id == id) {

@@ -17,6 +17,7 @@
 #include "timescan_interval_data.h"
 
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -77,6 +78,8 @@ frmTimescan2::frmTimescan2(const function_entry& entry, QWidget* parent) : funct
     tabs_->addTab(QStringLiteral("Read data"));
     table_ = new grid(this);
     table_->setObjectName(QStringLiteral("fgdTrack"));
+    // Rows of one height: a run of thousands of rows scrolls without measuring each one.
+    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     connect(table_, &QTableWidget::cellClicked, this, [this](int row, int) { table_row_click(row); });
     connect(surface_, &plot_surface::mouse_moved, this,
             [this](QPoint pos, Qt::MouseButtons) { picTimescan_MouseMove(pos); });
