@@ -76,13 +76,6 @@ TEST_F(TimedSteps, CountdownBeforeTheDelayThenReading) {
     EXPECT_EQ(sample_ticks, std::vector<std::int32_t>{99});
 }
 
-TEST_F(TimedSteps, DelayZeroSamplesOnTheFirstFrameWithNoCountdown) {
-    plan.step = 1;
-    run(mm_timescan, 1);
-    EXPECT_EQ(sample_ticks, std::vector<std::int32_t>{1});
-    EXPECT_EQ(panels.count(1), 0u);
-}
-
 TEST_F(TimedSteps, ZeroStageHandsTheFirstFrameToShowZero) {
     reading = false;
     shared.reading_index = 4;
@@ -119,11 +112,4 @@ TEST_F(TimedSteps, KineticSharesTheClockWithItsOwnTexts) {
     run(mm_kinetic, 100); // 10.1 s
     EXPECT_EQ(panels[6], QStringLiteral("reading..."));
     EXPECT_EQ(sample_ticks.size(), 1u);
-}
-
-TEST_F(TimedSteps, NoScheduleNoFunction) {
-    link_ctx.hooks.timed[mm_timescan] = {};
-    run(mm_timescan, 3);
-    EXPECT_TRUE(panel_log.empty());
-    EXPECT_EQ(ticks, 0);
 }
