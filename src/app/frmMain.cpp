@@ -222,6 +222,7 @@ void frmMain::connect_link() {
     main_hooks.toolbar_enable_function = [this] { toolbar_enable_function(); };
     main_hooks.toolbar_enable_stop = [this] { toolbar_enable_stop(); };
     main_hooks.toolbar_enable_for = [this](int id) { toolbar_enable_for(id); };
+    main_hooks.enter_function = [this](int id) { enter_function(id); };
     h.save_com_port = [] { save_com_port(); };
 
     h.resume_function = [this]() -> int {

@@ -1,6 +1,8 @@
 #include "function_window.h"
 #include "photometry/frmPhotometry.h"
 #include "spectrum/frmSpectrum.h"
+#include "timescan/frmTimescan.h"
+#include "timescan_interval/frmTimescan2.h"
 
 namespace lumora {
 
@@ -10,6 +12,10 @@ function_window* make_function_window(const function_entry& entry) {
         return new frmPhotometry(entry);
     case 2:
         return new frmSpectrum(entry);
+    case 3:
+        return new frmTimescan(entry);
+    case 13:
+        return new frmTimescan2(entry);
     default:
         return new function_window(entry);
     }

@@ -18,6 +18,7 @@ struct main_window_hooks {
     std::function<void()> toolbar_enable_function;
     std::function<void()> toolbar_enable_stop;
     std::function<void(int function_id)> toolbar_enable_for;
+    std::function<void(int function_id)> enter_function; // the function's window in place of the open one
 };
 extern main_window_hooks main_hooks;
 

@@ -2,6 +2,8 @@
 // What the link routines reach outside themselves: the port, and hooks into the windows. The
 // windows fill the hooks when they are created; an empty hook is a dispatch point that does
 // nothing, so the link never includes a window.
+#include "timed_steps.h"
+
 #include <QString>
 #include <array>
 #include <cstdint>
@@ -45,11 +47,11 @@ struct link_hooks {
     std::function<bool()> photometry_zero_flag;
     std::function<void()> photometry_read;
     // Per measure_mode (index 0..9): a complete reading, a zero-stage frame, the function's
-    // reading flag (clear during its Zero step), and the timed steps of the timed functions.
+    // reading flag (clear during its Zero step), and the schedules of the timed functions.
     std::array<std::function<void(std::int32_t mean)>, 10> show_data;
     std::array<std::function<void(std::int32_t value)>, 10> show_zero;
     std::array<std::function<bool()>, 10> reading_flag;
-    std::array<std::function<void(std::int32_t value)>, 10> timed_frame;
+    std::array<timed_schedule, 10> timed;
 };
 
 struct link_context {

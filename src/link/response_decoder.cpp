@@ -96,7 +96,7 @@ void intensity_frame(std::int32_t value) {
     case mm_timescan:
     case mm_kinetic:
     case mm_timescan2:
-        if (shared.link_ready) call(h.timed_frame[static_cast<std::size_t>(mode)], value);
+        if (shared.link_ready) timed_steps(mode, value);
         break;
     case mm_protein:
     case mm_quantitative: {

@@ -33,6 +33,8 @@ protected:
     std::vector<std::pair<std::string, std::int32_t>> calls; // calls into the windows and the store
     bool baseline_at_start = false;
     bool reading_flag = false; // the function's reading flag for modes 6 and 7
+    std::array<std::int32_t, 10> timed_ticks{};
+    std::array<std::int16_t, 10> timed_taken{};
 
     // Hooks that record their call under `name`, with the value they were given or 0.
     std::function<void(std::int32_t)> record(const std::string& name) {
@@ -73,7 +75,12 @@ protected:
         for (std::size_t m = 0; m < 10; ++m) {
             h.show_data[m] = record("show_data " + std::to_string(m));
             h.show_zero[m] = record("show_zero " + std::to_string(m));
-            h.timed_frame[m] = record("timed_frame " + std::to_string(m));
+            // A timed function whose every frame is a due sample.
+            h.timed[m].ticks = &timed_ticks[m];
+            h.timed[m].taken = &timed_taken[m];
+            h.timed[m].reading = [] { return true; };
+            h.timed[m].plan = [] { return timed_plan{}; };
+            h.timed[m].show_data = record("timed_frame " + std::to_string(m));
             h.reading_flag[m] = [this] { return reading_flag; };
         }
         prompts::script();
