@@ -12,9 +12,9 @@
 #include "store/settings_store.h"
 #include "support/wait.h"
 
+#include "platform/prompts.h"
 #include <QFile>
 #include <QLabel>
-#include "platform/prompts.h"
 #include <QProcess>
 #include <QPushButton>
 #include <QRandomGenerator>
@@ -236,7 +236,8 @@ TEST(LostPort, ClosesItselfKeepsTheCurvesAndAReconnectGivesTheFunctionBack) {
     s.rig.window->show_port_dialog();
     s.rig.window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
     ASSERT_TRUE(s.rig.run_until(
-        [&] { return s.rig.panel(6).startsWith("OK.") && s.rig.panel(4) == QStringLiteral("On-line"); }, 120));
+        [&] { return s.rig.panel(6).startsWith("OK.") && s.rig.panel(4) == QStringLiteral("On-line"); },
+        120));
     EXPECT_EQ(shared.function_id, fid_spectrum);
     EXPECT_EQ(s.rig.window->current_function(), s.window) << "the window stayed";
     EXPECT_TRUE(s.rig.window->toolbar_button(3)->isEnabled());
