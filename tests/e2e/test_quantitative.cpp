@@ -6,6 +6,7 @@
 #include "plot/plot_surface.h"
 #include "quant_rig.h"
 
+#include <QTabWidget>
 #include <cmath>
 
 namespace lumora::test {
@@ -44,6 +45,10 @@ int text_pixels(const plot_surface& pic, int top, int bottom) {
 void calibrate(quant_rig& q, int type) {
     q.key_setup(kNm, "mg/dL", 0, type, {{"1"}, {"2"}, {"4"}, {"8"}});
     q.boxes();
+    if (!qEnvironmentVariable("LUMORA_SHOT_DIR").isEmpty()) {
+        q.setup().tsp1()->setCurrentIndex(1);
+        q.setup().grab().save(qEnvironmentVariable("LUMORA_SHOT_DIR") + "/dlgQuant_standard.png");
+    }
     q.setup().cmdOk_Click();
     ASSERT_EQ(q.boxes(), std::vector<QString>{"Please press RUN to read standards!"});
     EXPECT_EQ(q.window->tspData()->currentIndex(), 0);

@@ -135,6 +135,8 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     tsp_fit_->setObjectName(QStringLiteral("tspFit"));
     tsp_fit_->setToolTip(QStringLiteral("Select fit type"));
     tsp_fit_->setIconSize(QSize(32, 24));
+    tsp_fit_->setUsesScrollButtons(false); // all four pictures in sight
+    tsp_fit_->setExpanding(false);
     for (int t = 1; t <= 4; ++t) {
         tsp_fit_->addTab(fit_picture(t), QString());
         tsp_fit_->setTabToolTip(t - 1, QString::fromLatin1(fit_equation_setup(t)));
@@ -208,7 +210,7 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs_);
     layout->addLayout(buttons);
-    resize(400, 400);
+    resize(440, 440);
     reload_parameter();
 }
 

@@ -212,10 +212,8 @@ void frmQuant::clear_form() {
             data.setTextMatrix(r, 1, format_text(s.std_conc[i], "0.000"));
             data.setTextMatrix(r, 2, format_text(s.std_abs[i], "0.000"));
         }
-        if (fit(fit_type))
-            draw_calibration(true);
-        else
-            draw_frame();
+        // A failed fit leaves the calibration in force, and its picture with it.
+        if (fit(fit_type)) draw_calibration(true);
         break;
     }
     default: {
