@@ -187,6 +187,7 @@ void frmMain::tbToolBar_ButtonClick(const QString& key) {
     if (a.routine == toolbar_routine::report_print) return mnuFilePrint_Click();
     if (a.routine == toolbar_routine::setup) return show_setup_dialog(fn);
     if (a.routine == toolbar_routine::enable_toolbar) return toolbar_enable_for(shared.function_id);
+    if (a.mode_before_check) shared.measure_mode = a.measure_mode;
     if (a.batch_check && !fn.batch_check()) {
         toolbar_enable_quant();
         shared.link_ready = true;

@@ -1,5 +1,6 @@
 #include "function_window.h"
 #include "photometry/frmPhotometry.h"
+#include "quantitative/frmQuant.h"
 #include "spectrum/frmSpectrum.h"
 #include "timescan/frmTimescan.h"
 #include "timescan_interval/frmTimescan2.h"
@@ -16,6 +17,8 @@ function_window* make_function_window(const function_entry& entry) {
         return new frmTimescan(entry);
     case 13:
         return new frmTimescan2(entry);
+    case 5:
+        return new frmQuant(entry);
     default:
         return new function_window(entry);
     }

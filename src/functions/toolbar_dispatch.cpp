@@ -68,6 +68,7 @@ toolbar_action read_action(int fid) {
     case fid_quantitative:
         a = {R::read_standard_or_sample, false, false, mm_quantitative};
         a.batch_check = true;
+        a.mode_before_check = true; // a Read dropped at the question leaves the mode set
         return a;
     case fid_verify:
         return {R::read_656, true, false, 0};

@@ -38,6 +38,8 @@ struct toolbar_action {
     bool zero_flag_clear = false;
     bool batch_check = false; // Quantitative's 100-sample question
     bool curve_check = false; // single-curve mode starts from an empty plot
+    // measure_mode set before the batch check rather than after it (Quantitative's Read)
+    bool mode_before_check = false;
 };
 
 toolbar_action toolbar_action_for(std::string_view key, int function_id);

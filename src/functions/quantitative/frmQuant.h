@@ -1,0 +1,70 @@
+#pragma once
+// The Quantitative function's window: the calibration plot beside the standards and the samples.
+// "Zero" zeroes on the blank at the wavelength, "Read" reads the next standard while standards
+// are due and the next sample after that; each sample's Conc. comes from the calibration.
+#include "functions/function_window.h"
+
+#include <QPointer>
+#include <array>
+#include <cstdint>
+
+class QTabBar;
+class QScrollArea;
+
+namespace lumora {
+
+class dlgQuant;
+class grid;
+class plot_surface;
+
+class frmQuant : public function_window {
+    Q_OBJECT
+public:
+    explicit frmQuant(const function_entry& entry, QWidget* parent = nullptr);
+    ~frmQuant() override;
+
+    // Routines by name
+    void init_data_area();
+    void clear_form();
+    void set_form_visible(bool visible) override;
+    void zero();
+    void read_standard();
+    void read_sample();
+    void show_zero(std::int32_t value);
+    void show_data(std::int32_t mean);
+    void load_old_data();
+    // A click on a sample row up to the count flips its valid flag.
+    void fgdSample_Click(int row);
+
+    void run(toolbar_routine routine) override;
+    bool batch_check() override;
+    bool has_data() const override;
+    QDialog* make_setup_dialog(QWidget* parent) override;
+
+    plot_surface& picQuant() const { return *surface_; }
+    grid& fgdData() const { return *tables_[0]; }
+    grid& fgdSample() const { return *tables_[1]; }
+    QTabBar* tspData() const { return tabs_; }
+
+private:
+    // The step after a reading: the toolbar back, and after the last standard the calibration.
+    void advance_run();
+    // The fit of `fit_type` on the set; "Invalid input!" when it fails.
+    bool fit(int fit_type);
+    // Limits from the standards table, curve, crosses and equation.
+    void draw_calibration(bool from_table);
+    void draw_frame();
+    void sample_headers();
+    void show_table(int index);
+    void tell_next_step();
+    void describe_plot();
+
+    plot_surface* surface_ = nullptr;
+    QScrollArea* scroll_ = nullptr;
+    std::array<grid*, 2> tables_{};
+    std::array<QWidget*, 2> frames_{};
+    QTabBar* tabs_ = nullptr;
+    QPointer<dlgQuant> setup_;
+};
+
+} // namespace lumora
