@@ -1,5 +1,7 @@
 #include "dlgPhotometry.h"
 
+#include "functions/dialog_parts.h"
+
 #include "photometry_setup.h"
 #include "platform/numeric_text.h"
 
@@ -48,13 +50,6 @@ QString held_text(const QString& text, const box_rule& rule) {
     if (v < rule.low) v = rule.low;
     if (v > rule.high) v = rule.high;
     return format_text(v, rule.pattern);
-}
-
-QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    label->setBuddy(field);
-    return label;
 }
 
 QLineEdit* number_box(QWidget* parent, const QString& name, const char* tip) {
@@ -217,36 +212,13 @@ dlgPhotometry::dlgPhotometry(QWidget* parent) : QDialog(parent) {
     report_layout->addWidget(new QLabel(QStringLiteral("Additional printing:"), report));
     const char* prints[4] = {"Print present date.", "Print page number.", "Print parameter setup.",
                              "Print selected data."};
-    for (int i = 0; i < 4; ++i) {
-        auto* c = new QCheckBox(QString::fromLatin1(prints[i]), report);
-        c->setObjectName(QStringLiteral("Check1_%1").arg(i));
-        check1_[static_cast<std::size_t>(i)] = c;
-        report_layout->addWidget(c);
-    }
+    add_print_checks(prints, report, report_layout, check1_);
     report_layout->addStretch();
     tabs_->addTab(report, QStringLiteral("Report"));
 
-    auto* quick = new QPushButton(QStringLiteral("Quick print"), this);
-    quick->setObjectName(QStringLiteral("cmdQuickPrint"));
-    auto* clear = new QPushButton(QStringLiteral("Clear data"), this);
-    clear->setObjectName(QStringLiteral("cmdClear"));
-    auto* ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("cmdOk"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("cmdCancel"));
-    connect(clear, &QPushButton::clicked, this, &dlgPhotometry::cmdClear_Click);
-    connect(ok, &QPushButton::clicked, this, &dlgPhotometry::cmdOk_Click);
-    connect(cancel, &QPushButton::clicked, this, &dlgPhotometry::cmdCancel_Click);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(quick);
-    buttons->addWidget(clear);
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(tabs_);
-    layout->addLayout(buttons);
+    lay_out_setup_dialog(
+        this, tabs_,
+        {[this] { cmdClear_Click(); }, [this] { cmdOk_Click(); }, [this] { cmdCancel_Click(); }});
 
     for (int i = 0; i < 6; ++i) {
         QLineEdit* t = txt_inst_[static_cast<std::size_t>(i)];

@@ -1,5 +1,7 @@
 #include "dlgQuant.h"
 
+#include "functions/dialog_parts.h"
+
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
@@ -24,13 +26,6 @@
 
 namespace lumora {
 namespace {
-
-QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    label->setBuddy(field);
-    return label;
-}
 
 double number(const QString& text) {
     return val(text.toStdString());
@@ -184,32 +179,11 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     report_layout->addLayout(report_form);
     const char* prints[4] = {"Print present date.", "Print page number.", "Print parameter setup.",
                              "Print standard data."};
-    for (int i = 0; i < 4; ++i) {
-        auto* c = new QCheckBox(QString::fromLatin1(prints[i]), report);
-        c->setObjectName(QStringLiteral("Check1_%1").arg(i));
-        check1_[static_cast<std::size_t>(i)] = c;
-        report_layout->addWidget(c);
-    }
+    add_print_checks(prints, report, report_layout, check1_);
     report_layout->addStretch();
     tabs_->addTab(report, QStringLiteral("Report"));
 
-    auto* quick = new QPushButton(QStringLiteral("Quick print"), this);
-    quick->setObjectName(QStringLiteral("cmdQuickPrint"));
-    auto* ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("cmdOk"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("cmdCancel"));
-    connect(ok, &QPushButton::clicked, this, &dlgQuant::cmdOk_Click);
-    connect(cancel, &QPushButton::clicked, this, &dlgQuant::cmdCancel_Click);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(quick);
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(tabs_);
-    layout->addLayout(buttons);
+    lay_out_setup_dialog(this, tabs_, {nullptr, [this] { cmdOk_Click(); }, [this] { cmdCancel_Click(); }});
     resize(440, 440);
     reload_parameter();
 }

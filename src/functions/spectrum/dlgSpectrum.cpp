@@ -1,5 +1,7 @@
 #include "dlgSpectrum.h"
 
+#include "functions/dialog_parts.h"
+
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
 #include "spectrum_setup.h"
@@ -17,13 +19,6 @@
 
 namespace lumora {
 namespace {
-
-QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    label->setBuddy(field);
-    return label;
-}
 
 double number(const QString& text) {
     return val(text.toStdString());
@@ -120,35 +115,12 @@ dlgSpectrum::dlgSpectrum(QWidget* parent) : QDialog(parent) {
     const char* prints[7] = {"Print present date.", "Print page number.", "Print parameter setup.",
                              "Print track data.",   "Print peak data.",   "Print valley data.",
                              "Print read data."};
-    for (int i = 0; i < 7; ++i) {
-        auto* c = new QCheckBox(QString::fromLatin1(prints[i]), report);
-        c->setObjectName(QStringLiteral("Check1_%1").arg(i));
-        check1_[static_cast<std::size_t>(i)] = c;
-        report_layout->addWidget(c);
-    }
+    add_print_checks(prints, report, report_layout, check1_);
     tabs_->addTab(report, QStringLiteral("Report"));
 
-    auto* quick = new QPushButton(QStringLiteral("Quick print"), this);
-    quick->setObjectName(QStringLiteral("cmdQuickPrint"));
-    auto* clear = new QPushButton(QStringLiteral("Clear data"), this);
-    clear->setObjectName(QStringLiteral("cmdClear"));
-    auto* ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("cmdOk"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("cmdCancel"));
-    connect(clear, &QPushButton::clicked, this, &dlgSpectrum::cmdClear_Click);
-    connect(ok, &QPushButton::clicked, this, &dlgSpectrum::cmdOk_Click);
-    connect(cancel, &QPushButton::clicked, this, &dlgSpectrum::cmdCancel_Click);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(quick);
-    buttons->addWidget(clear);
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(tabs_);
-    layout->addLayout(buttons);
+    lay_out_setup_dialog(
+        this, tabs_,
+        {[this] { cmdClear_Click(); }, [this] { cmdOk_Click(); }, [this] { cmdCancel_Click(); }});
     resize(420, 420);
     reload_parameter();
 }

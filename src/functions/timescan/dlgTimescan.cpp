@@ -1,5 +1,7 @@
 #include "dlgTimescan.h"
 
+#include "functions/dialog_parts.h"
+
 #include "functions/function_window.h"
 #include "functions/timescan_interval/timescan_interval_data.h"
 #include "link/shared_state.h"
@@ -25,13 +27,6 @@ namespace lumora {
 timescan_window_hooks timescan_windows;
 
 namespace {
-
-QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    label->setBuddy(field);
-    return label;
-}
 
 double number(const QString& text) {
     return val(text.toStdString());
@@ -156,35 +151,12 @@ dlgTimescan::dlgTimescan(QWidget* parent) : QDialog(parent) {
     report_layout->addLayout(report_form);
     const char* prints[6] = {"Print present date.",    "Print page number.", "Print parameter setup.",
                              "Print track/read data.", "Print peak data.",   "Print valley data."};
-    for (int i = 0; i < 6; ++i) {
-        auto* c = new QCheckBox(QString::fromLatin1(prints[i]), report);
-        c->setObjectName(QStringLiteral("Check1_%1").arg(i));
-        check1_[static_cast<std::size_t>(i)] = c;
-        report_layout->addWidget(c);
-    }
+    add_print_checks(prints, report, report_layout, check1_);
     tabs_->addTab(report, QStringLiteral("Report"));
 
-    auto* quick = new QPushButton(QStringLiteral("Quick print"), this);
-    quick->setObjectName(QStringLiteral("cmdQuickPrint"));
-    auto* clear = new QPushButton(QStringLiteral("Clear data"), this);
-    clear->setObjectName(QStringLiteral("cmdClear"));
-    auto* ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("cmdOk"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("cmdCancel"));
-    connect(clear, &QPushButton::clicked, this, &dlgTimescan::cmdClear_Click);
-    connect(ok, &QPushButton::clicked, this, &dlgTimescan::cmdOk_Click);
-    connect(cancel, &QPushButton::clicked, this, &dlgTimescan::cmdCancel_Click);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(quick);
-    buttons->addWidget(clear);
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(tabs_);
-    layout->addLayout(buttons);
+    lay_out_setup_dialog(
+        this, tabs_,
+        {[this] { cmdClear_Click(); }, [this] { cmdOk_Click(); }, [this] { cmdCancel_Click(); }});
     resize(420, 440);
     reload_parameter();
 }

@@ -1,0 +1,49 @@
+#include "dialog_parts.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QDialog>
+#include <QLabel>
+#include <QPushButton>
+#include <QTabWidget>
+
+namespace lumora {
+
+QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
+    auto* label = new QLabel(text, parent);
+    label->setObjectName(name);
+    label->setBuddy(field);
+    return label;
+}
+
+void add_print_checks(const char* const* texts, std::size_t count, QWidget* parent, QBoxLayout* layout,
+                      QCheckBox** out) {
+    for (std::size_t i = 0; i < count; ++i) {
+        auto* c = new QCheckBox(QString::fromLatin1(texts[i]), parent);
+        c->setObjectName(QStringLiteral("Check1_%1").arg(i));
+        out[i] = c;
+        layout->addWidget(c);
+    }
+}
+
+void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& b) {
+    const auto button = [dialog](const char* text, const char* name, const std::function<void()>& action) {
+        auto* p = new QPushButton(QString::fromLatin1(text), dialog);
+        p->setObjectName(QString::fromLatin1(name));
+        if (action) QObject::connect(p, &QPushButton::clicked, dialog, action);
+        return p;
+    };
+    auto* row = new QHBoxLayout;
+    row->addWidget(button("Quick print", "cmdQuickPrint", nullptr));
+    if (b.clear) row->addWidget(button("Clear data", "cmdClear", b.clear));
+    row->addStretch();
+    QPushButton* ok = button("OK", "cmdOk", b.ok);
+    ok->setDefault(true);
+    row->addWidget(ok);
+    row->addWidget(button("Cancel", "cmdCancel", b.cancel));
+    auto* layout = new QVBoxLayout(dialog);
+    layout->addWidget(tabs);
+    layout->addLayout(row);
+}
+
+} // namespace lumora

@@ -1,0 +1,39 @@
+#pragma once
+// Pieces every function's setup dialog is built from: a caption label that names its field, the
+// "Report" tab's print boxes, and the row of buttons under the tabs.
+#include <QString>
+#include <array>
+#include <cstddef>
+#include <functional>
+
+class QBoxLayout;
+class QCheckBox;
+class QDialog;
+class QLabel;
+class QTabWidget;
+class QWidget;
+
+namespace lumora {
+
+// A caption label with `field` as its buddy, so screen readers name the field by it.
+QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name);
+
+// One check box per text, named Check1_<i>, added to `layout` in order.
+void add_print_checks(const char* const* texts, std::size_t count, QWidget* parent, QBoxLayout* layout,
+                      QCheckBox** out);
+template <std::size_t N>
+void add_print_checks(const char* const (&texts)[N], QWidget* parent, QBoxLayout* layout,
+                      std::array<QCheckBox*, N>& out) {
+    add_print_checks(texts, N, parent, layout, out.data());
+}
+
+// The dialog's layout: the tabs above "Quick print", "Clear data" (only when `clear` is given),
+// "OK" (the default) and "Cancel".
+struct dialog_buttons {
+    std::function<void()> clear;
+    std::function<void()> ok;
+    std::function<void()> cancel;
+};
+void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& buttons);
+
+} // namespace lumora
