@@ -18,11 +18,31 @@ struct sim_process {
         process.start();
         process.waitForStarted(5000);
         wait_until([&] { return QFile::exists(link); }, 5000);
+        // The first line out is the pty's path; the answers to control lines follow it.
+        QByteArray path;
+        wait_until(
+            [&] {
+                path += process.readAllStandardOutput();
+                return path.contains('\n');
+            },
+            5000);
     }
-    void control(const char* line) { process.write(QByteArray(line) + '\n'); }
     ~sim_process() {
+        process.closeWriteChannel();
         process.terminate();
         if (!process.waitForFinished(3000)) process.kill();
+    }
+    // One control line, its one answer line.
+    QString control(const QString& line) {
+        process.write((line + "\n").toUtf8());
+        QByteArray answer;
+        wait_until(
+            [&] {
+                answer += process.readAllStandardOutput();
+                return answer.endsWith('\n');
+            },
+            5000);
+        return QString::fromUtf8(answer).trimmed();
     }
 };
 

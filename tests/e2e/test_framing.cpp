@@ -158,7 +158,7 @@ TEST(StalledInterface, BurstsFromTheInstrumentLoseNothing) {
     QTemporaryDir dir;
     sim_process sim(dir.path(), {"--speed", "4"});
     ASSERT_TRUE(QFile::exists(sim.link));
-    sim.control("fault burst on");
+    ASSERT_EQ(sim.control("fault burst on"), QStringLiteral("ok fault burst on"));
     live_program program(dir.path(), sim.link);
     ASSERT_TRUE(program.live(60000)) << "panel 6: " << program.window->sbStatusBar().text(6).toStdString();
     EXPECT_EQ(first_misplaced_baseline_point(), -1);

@@ -17,49 +17,14 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include "sim_process.h"
+
 #include <gtest/gtest.h>
 
 using namespace lumora;
+using lumora::test::sim_process;
 
 namespace {
-
-// lumora-sim as a child process on a pty behind a symlink, its control lines on stdin.
-struct sim_process {
-    QProcess process;
-    QString link;
-    sim_process(const QString& dir, const QStringList& extra) : link(dir + "/com1") {
-        process.setProgram(QStringLiteral(LUMORA_SIM_EXE));
-        process.setArguments(QStringList{"--link", link} + extra);
-        process.start();
-        process.waitForStarted(5000);
-        test::wait_until([&] { return QFile::exists(link); }, 5000);
-        // The first line out is the pty's path; the answers to control lines follow it.
-        QByteArray path;
-        test::wait_until(
-            [&] {
-                path += process.readAllStandardOutput();
-                return path.contains('\n');
-            },
-            5000);
-    }
-    ~sim_process() {
-        process.closeWriteChannel();
-        process.terminate();
-        if (!process.waitForFinished(3000)) process.kill();
-    }
-    // One control line, its one answer line.
-    QString control(const QString& line) {
-        process.write((line + "\n").toUtf8());
-        QByteArray answer;
-        test::wait_until(
-            [&] {
-                answer += process.readAllStandardOutput();
-                return answer.endsWith('\n');
-            },
-            5000);
-        return QString::fromUtf8(answer).trimmed();
-    }
-};
 
 // With LUMORA_SHOT_DIR set, keeps a picture of a window for a look by eye.
 void keep_picture(QWidget& w, const char* name) {
