@@ -370,10 +370,10 @@ void dlgPhotometry::cmdOk_Click() {
     PhotometrySetup& s = photometry_setup;
     bool& dirty = photometry_run.ph_dirty;
     dirty = false;
-    const auto take = [&dirty](auto& field, auto value) {
+    const auto take = [](auto& field, auto value) {
         if (field != value) {
             field = value;
-            dirty = true;
+            photometry_run.ph_dirty = true;
         }
     };
     const auto whole = [this](int box) {

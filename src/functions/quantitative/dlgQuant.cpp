@@ -431,10 +431,10 @@ bool dlgQuant::validate() {
 void dlgQuant::cmdOk_Click() {
     if (!validate()) return;
     QuantSetup& q = quant;
-    const auto take = [&q](auto& field, auto value) {
+    const auto take = [](auto& field, auto value) {
         if (field != value) {
             field = value;
-            q.changed = true;
+            quant.changed = true;
         }
     };
     take(q.lambda, QString::number(number(cmb_inst_->currentText())));
