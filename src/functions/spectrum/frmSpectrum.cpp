@@ -1,4 +1,5 @@
 #include "frmSpectrum.h"
+#include "functions/mark_rows.h"
 
 #include "dlgSpectrum.h"
 #include "link/command_ring.h"
@@ -495,11 +496,7 @@ void frmSpectrum::table_row_click(int table, int row) {
     default:
         return;
     }
-    if (row < 1 || row > count) return;
-    processing::mark& m = marks[row - 1];
-    m.flag = m.flag == 0 ? -1 : 0;
-    tables_[static_cast<std::size_t>(table)]->setTextMatrix(
-        row, 0, (m.flag ? QStringLiteral("  V") : QStringLiteral("  X")) + QString::number(row));
+    toggle_mark_row(*tables_[static_cast<std::size_t>(table)], marks, count, row, false);
 }
 
 // ---- Smoothing and derivatives ----

@@ -1,4 +1,5 @@
 #include "frmTimescan.h"
+#include "functions/mark_rows.h"
 
 #include "dlgTimescan.h"
 #include "link/command_ring.h"
@@ -434,11 +435,7 @@ void frmTimescan::table_row_click(int table, int row) {
     default:
         return;
     }
-    if (row < 1 || row > count) return;
-    processing::mark& m = marks[row - 1];
-    m.flag = m.flag == 0 ? -1 : 0;
-    tables_[static_cast<std::size_t>(table)]->setTextMatrix(
-        row, 0, QString::number(row) + (m.flag ? QStringLiteral("  V") : QStringLiteral("  X")));
+    toggle_mark_row(*tables_[static_cast<std::size_t>(table)], marks, count, row, true);
 }
 
 QDialog* frmTimescan::make_setup_dialog(QWidget* parent) {
