@@ -8,6 +8,11 @@ void reset_shared_state() {
     shared = shared_state{};
 }
 
+void end_run_on_blank() {
+    shared.measure_mode = mm_lambda_panel;
+    shared.zero_pending = false;
+}
+
 void apply_start_defaults() {
     shared.lambda_now = shared.default_lambda;
     shared.lambda_prev = shared.default_lambda;

@@ -131,5 +131,9 @@ void reset_shared_state();
 void apply_start_defaults();
 // Fills curve_colors with the default 20 colours.
 void set_default_colors();
+// A measuring run has ended: frames go back to the lambda panel, and the zero that the run's own
+// move armed is dropped. Taken by the next reading, it would make the sample in the beam the
+// reference, and every later reading at that wavelength would be measured against the sample.
+void end_run_on_blank();
 
 } // namespace lumora

@@ -123,6 +123,21 @@ TEST(TimescanSpan, StopKeepsWhatWasTakenAndTheRestStaysZero) {
     EXPECT_EQ(t.taken.size(), got) << "no sample after Stop";
 }
 
+// The run's own move arms the lambda panel's zero; the run's end must drop it, or the sample in the
+// beam becomes the reference and every later Read at that wavelength reads near 0.
+TEST(TimescanSpan, EveryReadStaysAgainstTheBlank) {
+    timescan_rig t;
+    t.set_span(15, 0);
+    ASSERT_TRUE(t.zero());
+    t.rig.instrument.control("sample neutral:0.5");
+    for (int run = 1; run <= 2; ++run) {
+        ASSERT_TRUE(t.read(25));
+        t.rig.run_for(1.5); // ten frames on the lambda panel between the runs
+        EXPECT_NEAR(timescan.ts_curves[140][static_cast<std::size_t>(run)], 0.5, 0.002) << "run " << run;
+    }
+    EXPECT_EQ(t.rig.panel(2), QStringLiteral("0.500A"));
+}
+
 TEST(TimescanInterval, RowsASecondUntilTheStopTime) {
     timescan_rig t;
     t.set_interval(60, 1, 0);

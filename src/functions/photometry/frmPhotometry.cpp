@@ -190,10 +190,7 @@ void frmPhotometry::check_complete() {
         set_panel(6, QStringLiteral("OK"));
         if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_photometry);
         r.ph_zeroing = false;
-        shared.measure_mode = mm_lambda_panel;
-        // The last move's arrival armed the lambda panel's zero; taken now it would make the
-        // sample in the beam the reference of the run's last wavelength.
-        shared.zero_pending = false;
+        end_run_on_blank();
     }
 }
 

@@ -353,10 +353,7 @@ void frmQuant::show_data(std::int32_t mean) {
 void frmQuant::advance_run() {
     QuantSetup& q = quant;
     shared.link_ready = true;
-    shared.measure_mode = mm_lambda_panel;
-    // The move before the reading re-armed the lambda panel's zero; the blank stays the
-    // reference, so that the next reading is against the blank, not against this sample.
-    shared.zero_pending = false;
+    end_run_on_blank();
     if (!q.reading_std) {
         if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_quantitative);
         if (q.sample_count >= max_samples) {

@@ -291,13 +291,13 @@ void frmTimescan::stop_ok() {
         zoom_auto();
         zoom_data();
     }
-    shared.measure_mode = mm_lambda_panel;
+    end_run_on_blank();
     set_track(true);
     describe_plot();
 }
 
 void frmTimescan::stop_now() {
-    shared.measure_mode = mm_lambda_panel;
+    end_run_on_blank();
     timescan.ts_sample_index = 0;
     timescan.ts_ticks = 0;
     if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_timescan);

@@ -322,7 +322,7 @@ void frmTimescan2::zoom_data() {
 }
 
 void frmTimescan2::stop_now() {
-    shared.measure_mode = mm_lambda_panel;
+    end_run_on_blank();
     timescan_interval.ti_sample_index = 0;
     timescan_interval.ti_ticks = 0;
     if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_timescan2);
