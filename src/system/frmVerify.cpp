@@ -13,6 +13,7 @@
 #include <QCloseEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace lumora {
 namespace {
@@ -118,7 +119,6 @@ void frmVerify::show_data(std::int32_t intensity) {
     if (verify_points_ > verify_last_point) {
         // The instrument stands at the end of the scan; closing the window puts the wavelength back.
         shared.lambda_now = verify_last_point;
-        shared.lambda_now_int = verify_last_point;
         show_bandwidth();
         if (!result_) throw run_fault{"division by zero"};
         if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_verify);
