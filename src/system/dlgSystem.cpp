@@ -27,6 +27,9 @@ namespace {
 
 constexpr double lowest_lambda = 330, highest_lambda = 1100;
 
+// The dialog the decoder's hooks reach: one deleted late must not unhook its successor.
+const dlgSystem* hooked = nullptr;
+
 double limited_lambda(const QString& text) {
     return std::clamp(val(text.toStdString()), lowest_lambda, highest_lambda);
 }
@@ -96,11 +99,14 @@ dlgSystem::dlgSystem(QWidget* parent) : QDialog(parent) {
     h.system_enable_function = [this](bool on) { enable_function(on); };
     h.system_enable_zero_search = [this] { enable_ZeroSearch(); };
     h.system_check_light_level = [this](std::int32_t mean) { check_light_level(mean); };
+    hooked = this;
 
     Form_Load();
 }
 
 dlgSystem::~dlgSystem() {
+    if (hooked != this) return;
+    hooked = nullptr;
     link_hooks& h = link_ctx.hooks;
     h.system_enable_function = nullptr;
     h.system_enable_zero_search = nullptr;

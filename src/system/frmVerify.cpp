@@ -28,6 +28,9 @@ constexpr int pixels_per_nm = 10;
 constexpr int marker_top = 25;
 constexpr int result_rows[3] = {340, 355, 370};
 
+// The window the decoder's hook reaches: one closed late must not unhook its successor.
+const frmVerify* hooked = nullptr;
+
 axes_text verify_axes() {
     axes_text t;
     t.y_caption = QStringLiteral("(V)");
@@ -62,6 +65,7 @@ frmVerify::frmVerify(const function_entry& entry, QWidget* parent) : function_wi
     layout->addWidget(scroll_);
 
     link_ctx.hooks.verify_show_data = [this](std::int32_t raw) { show_data(raw); };
+    hooked = this;
 
     // Form load (the main window puts the toolbar in its 656 state)
     lambda_before_ = shared.lambda_now;
@@ -72,7 +76,9 @@ frmVerify::frmVerify(const function_entry& entry, QWidget* parent) : function_wi
 }
 
 frmVerify::~frmVerify() {
+    if (hooked != this) return;
     link_ctx.hooks.verify_show_data = nullptr;
+    hooked = nullptr;
 }
 
 void frmVerify::set_plot_limits() {
