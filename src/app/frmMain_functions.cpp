@@ -8,6 +8,8 @@
 #include "platform/comm_port.h"
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
+#include "system/dlgSystem.h"
+#include "system/frmVerify.h"
 
 #include <QAction>
 #include <QMdiArea>
@@ -92,7 +94,8 @@ void frmMain::enter_function(int function_id) {
     if (!entry) return;
     unload_form();
     shared.function_id = static_cast<std::int16_t>(function_id);
-    function_window* window = make_function_window(*entry);
+    function_window* window =
+        function_id == fid_verify ? new frmVerify(*entry) : make_function_window(*entry);
     function_ = window;
     QMdiSubWindow* sub = client_->addSubWindow(window);
     sub->setAttribute(Qt::WA_DeleteOnClose);
@@ -134,11 +137,8 @@ void frmMain::mnuFuncSysSetup_Click() {
     }
     unload_form();
     shared.function_id = fid_system;
-    auto* dlg = new setup_dialog("dlgSystem", "Property Setup", this);
+    auto* dlg = new dlgSystem(this);
     system_ = dlg;
-    connect(dlg, &QDialog::finished, this, [] {
-        if (shared.function_id == fid_system) shared.function_id = fid_no_function;
-    });
     dlg->setWindowModality(Qt::WindowModal);
     dlg->show();
 }
