@@ -11,11 +11,15 @@
 #include <QApplication>
 #include <QScreen>
 #include <QTimer>
+#include <clocale>
 
 using namespace lumora;
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    // QApplication takes the user's locale for the C library too; numbers read and written through
+    // it keep a point, so that a batch saved under one locale loads under another.
+    std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("Lumora"));
     QApplication::setApplicationVersion(QStringLiteral(LUMORA_VERSION));
     trace::open_from_environment();

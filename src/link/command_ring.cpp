@@ -108,6 +108,7 @@ void send_message(std::uint8_t code) {
         filled.reply_threshold = row.threshold;
         filled.sent = false;
         slot = filled;
+        if (code == cmd_goto_lambda) shared.arrival_pending = true;
     }
     advance_head();
 }
@@ -116,6 +117,7 @@ bool begin_exchange() {
     if (port_open()) {
         shared.ping_count = 0;
         shared.link_ready = false;
+        shared.arrival_pending = false; // a new exchange replaces a move that never came back
     }
     return true;
 }

@@ -2,17 +2,17 @@
 
 #include "platform/numeric_text.h"
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 
 namespace lumora {
 
 std::optional<std::array<std::uint8_t, 2>> wavelength_pair(double x) {
     // The value goes through its text form first, as the program always did: 15 significant digits.
     char text[40];
-    std::snprintf(text, sizeof text, "%.15g", x);
-    const double v = std::strtod(text, nullptr);
+    const auto end = std::to_chars(text, text + sizeof text, x, std::chars_format::general, 15).ptr;
+    double v = 0;
+    std::from_chars(text, end, v);
     const double hi = std::floor(v / 256.0);
     const std::int32_t rounded = cint(v);
     if (!(hi >= 0 && hi <= 255) || rounded < 0) return std::nullopt;

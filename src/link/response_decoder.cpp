@@ -79,6 +79,9 @@ void heartbeat() {
 }
 
 void intensity_frame(std::int32_t value) {
+    // A function's reading starts after its own move has arrived: frames that came in between the
+    // ping's echo and the arrival are from before the move.
+    if (shared.measure_mode != mm_lambda_panel && shared.arrival_pending) return;
     const std::int32_t i = shared.reading_index;
     if (i >= 0 && i < 10) shared.readings[static_cast<std::size_t>(i)] = value;
     if (i == INT32_MAX) throw run_fault{"overflow"};
@@ -294,6 +297,7 @@ void dispatch(const std::uint8_t* b, std::size_t size) {
         break;
     case rsp_arrived: {
         shared.reading_index = 0;
+        shared.arrival_pending = false;
         const int band = band_of(shared.lambda_now);
         if (band >= 0) shared.dark_by_band[static_cast<std::size_t>(band)] = value();
         shared.zero_pending = true;

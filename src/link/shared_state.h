@@ -76,6 +76,9 @@ struct shared_state {
     std::int16_t ring_head = 0;
     std::int16_t ring_tail = 0;
     bool link_ready = false;
+    // A move has been queued and its arrival has not come back. Until it does, frames still belong
+    // to the old position (or sat in a busy interface's buffer) and complete no function's reading.
+    bool arrival_pending = false;
     std::int16_t ping_count = 0;
     std::int16_t com_port = 0;       // 1..4
     std::uint8_t last_command = 0;   // the last command queued: tells whether the instrument streams

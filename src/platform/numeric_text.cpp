@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -84,8 +85,10 @@ struct significant {
 };
 
 significant significant_digits(double x) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.14e", std::fabs(x));
+    // to_chars, not printf: the digits must not follow the user's locale.
+    char buf[40];
+    const auto end = std::to_chars(buf, buf + sizeof buf - 1, std::fabs(x), std::chars_format::scientific, 14).ptr;
+    *end = '\0';
     // buf: d.dddddddddddddde[+-]XX
     significant s{};
     s.digits[0] = buf[0];
@@ -225,7 +228,16 @@ double val(std::string_view text) {
             ex += compact[j++];
         if (j > digits_from) num += ex;
     }
-    return std::strtod(num.c_str(), nullptr);
+    // from_chars reads a point whatever the user's locale; strtod would stop at it under a comma locale.
+    const char* first = num.data() + (num[0] == '+' ? 1 : 0);
+    double x = 0;
+    const auto [ptr, ec] = std::from_chars(first, num.data() + num.size(), x);
+    if (ec == std::errc::result_out_of_range) {
+        const bool tiny = num.find("e-") != std::string::npos;
+        const double size = tiny ? 0.0 : HUGE_VAL;
+        return num[0] == '-' ? -size : size;
+    }
+    return x;
 }
 
 std::int32_t cint(double x) {

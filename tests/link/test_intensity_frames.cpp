@@ -97,6 +97,33 @@ TEST_F(IntensityFrames, FunctionsGetTheirReadingsOnlyOnceTheLinkIsReady) {
     EXPECT_TRUE(panel_log.empty());
 }
 
+// A busy interface hands over old frames in a burst after the ping's echo: none of them may make a
+// reading before the move has arrived, or the reading is of the old position and the late arrival
+// re-arms the lambda panel's zero on the sample.
+TEST_F(IntensityFrames, NoFunctionReadsBetweenItsMoveAndTheArrival) {
+    for (int mode : {mm_photometry, mm_quantitative, mm_timescan}) {
+        SCOPED_TRACE(mode);
+        calls.clear();
+        shared.measure_mode = static_cast<std::int16_t>(mode);
+        begin_exchange();
+        send_message(cmd_goto_lambda);
+        shared.link_ready = true; // the echo of the ping
+        frames(25, 300);
+        EXPECT_TRUE(calls.empty()) << "old frames, before the arrival";
+        frame(rsp_arrived, 0);
+        frames(10, 400);
+        ASSERT_FALSE(calls.empty());
+        EXPECT_EQ(calls.front().second, 400);
+        EXPECT_TRUE(shared.zero_pending) << "the arrival still arms the lambda panel's zero";
+    }
+    shared.measure_mode = mm_lambda_panel;
+    begin_exchange();
+    send_message(cmd_goto_lambda);
+    panel_log.clear();
+    frames(10, 40500);
+    EXPECT_FALSE(panel_log.empty()) << "the lambda panel shows the stream while a move is on its way";
+}
+
 TEST_F(IntensityFrames, ProteinAndQuantitativeZeroOnOneFrameThenAverageTen) {
     for (int mode : {mm_protein, mm_quantitative}) {
         SCOPED_TRACE(mode);

@@ -1,6 +1,9 @@
 #include "platform/numeric_text.h"
 
+#include <clocale>
+#include <cmath>
 #include <gtest/gtest.h>
+#include <string>
 
 using lumora::cint;
 using lumora::fix;
@@ -91,6 +94,21 @@ TEST(Val, ReadsTheLeadingNumberLikeTheInputFields) {
     EXPECT_DOUBLE_EQ(val("2E"), 2.0);
     EXPECT_DOUBLE_EQ(val("+7"), 7.0);
     EXPECT_DOUBLE_EQ(val("12000"), 12000.0);
+}
+
+// A comma locale in the C library (what QApplication installs for a German user) must change no
+// number the program reads or writes: stored batches are read back with val.
+TEST(Val, AndFormatKeepThePointUnderACommaLocale) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "locale de_DE.UTF-8 is not installed";
+    const double read = val("0.25");
+    const std::string shown = format_number(2.675, "#0.00");
+    const double huge = val("1e999"), tiny = val("-1e-999");
+    std::setlocale(LC_ALL, before.c_str());
+    EXPECT_DOUBLE_EQ(read, 0.25);
+    EXPECT_EQ(shown, "2.68");
+    EXPECT_TRUE(std::isinf(huge));
+    EXPECT_EQ(tiny, 0.0);
 }
 
 TEST(IntegerConversion, RoundsHalvesToEvenAndFixTruncates) {
