@@ -36,7 +36,8 @@ bool color_in_column(const plot_surface& s, int x, const QColor& color) {
 void keep_picture(frmKinetic& w, const char* name) {
     const QString dir = qEnvironmentVariable("LUMORA_SHOT_DIR");
     if (dir.isEmpty()) return;
-    w.resize(760, 1000);
+    w.window()->resize(1100, 800);
+    w.window()->grab().save(dir + "/" + name + "_main.png");
     w.grab().save(dir + "/" + name + "_window.png");
     w.picKinetic().grab_view().save(dir + "/" + name + "_plot.png");
 }
@@ -212,6 +213,8 @@ TEST(Kinetic, DialogRules) {
     prompts::clear_shown();
     kinetic_rig t;
     dlgKinetic& dlg = *t.setup();
+    if (const QString dir = qEnvironmentVariable("LUMORA_SHOT_DIR"); !dir.isEmpty())
+        dlg.grab().save(dir + "/kinetic_setup.png");
     // Clamped in silence; a wavelength with a fraction stays as typed.
     kinetic_rig::type(dlg, 0, 150);
     EXPECT_EQ(dlg.txtInst(0)->text(), QStringLiteral("99"));

@@ -216,6 +216,8 @@ bool dlgKinetic::cmdOk_Click() {
     for (std::size_t k = 0; k < 4; ++k)
         s.kn_report_text[k] = txt_report_[k]->text();
     kinetic.kn_dirty = dirty;
+    // A changed setup empties the window, the output rows too, whether it is open or not.
+    if (dirty && shared.function_id != fid_kinetic) clear_kinetic_data();
     accept();
     if (shared.function_id == fid_kinetic) {
         if (dirty && kinetic_window.clear_form) kinetic_window.clear_form();

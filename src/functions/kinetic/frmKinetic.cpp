@@ -16,6 +16,7 @@
 #include "plot/plot_scaling.h"
 #include "plot/plot_surface.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QScrollArea>
 #include <QTabBar>
@@ -83,11 +84,17 @@ frmKinetic::frmKinetic(const function_entry& entry, QWidget* parent) : function_
     tabs_->setObjectName(QStringLiteral("tspData"));
     const char* captions[3] = {"Track data", "Sampled data", "Output data"};
     const char* names[3] = {"fgdTrack", "fgdPeak", "fgdValley"};
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(scroll_, 5);
+    // The plot with its rate text and read-outs on the left, the tables beside it.
+    auto* columns = new QHBoxLayout(this);
+    auto* left = new QVBoxLayout;
+    auto* layout = new QVBoxLayout;
+    columns->addLayout(left, 0);
+    columns->addLayout(layout, 1);
+    left->addWidget(scroll_, 1);
+    scroll_->setMinimumWidth(420);
     scroll_->setMinimumHeight(450); // the square, its labels and the rate below
-    layout->addWidget(labels_[0]);
-    layout->addWidget(labels_[1]);
+    left->addWidget(labels_[0]);
+    left->addWidget(labels_[1]);
     layout->addWidget(tabs_);
     for (int i = 0; i < 3; ++i) {
         tabs_->addTab(QString::fromLatin1(captions[i]));
@@ -193,12 +200,7 @@ void frmKinetic::describe_plot() {
 }
 
 void frmKinetic::clear_form() {
-    kinetic.outputs.clear();
-    kinetic.kn_samples.fill(0);
-    kinetic.kn_fit.fill(0);
-    kinetic.kn_run_count = 0;
-    kinetic.fit = {};
-    kinetic.tracks = track_state{};
+    clear_kinetic_data();
     for (grid* g : tables_)
         g->Clear();
     init_data_area();
@@ -309,24 +311,34 @@ void frmKinetic::stop_kinetic() {
 void frmKinetic::draw_cross(int n) {
     const KineticSetup& s = kinetic_setup;
     n = std::clamp(n, 2, 99);
+    // The rows are written in place, the table sized once: a redraw with 99 points stays cheap.
     grid& g = *tables_[1];
-    cross_heads(g);
+    if (g.Cols() < 4) g.setCols(4);
+    g.setRows(n + 1);
+    const char* heads[4] = {"No.", "Time", "Value", "Diff."};
+    for (int c = 0; c < 4; ++c)
+        g.setTextMatrix(0, c, QString::fromLatin1(heads[c]));
     const QColor color = standard_color(9);
     const plot_view& v = kinetic.view;
     plot_surface::batch batch(*surface_);
+    std::array<QLine, 2 * 99> strokes{};
     double before = 0;
     for (int i = 0; i < n; ++i) {
         const int k = cross_sample(s, i, n);
         const double value = kinetic.kn_samples[static_cast<std::size_t>(k)];
-        g.AddItem(cross_row(i + 1, s.sample_time(k), value, i > 0 ? &before : nullptr));
+        const QStringList cells =
+            cross_row(i + 1, s.sample_time(k), value, i > 0 ? &before : nullptr).split(QLatin1Char('\t'));
+        for (int c = 0; c < 4; ++c)
+            g.setTextMatrix(i + 1, c, c < cells.size() ? cells[c] : QString());
         before = value;
         const int x = plot_left + k;
         const int y = y_to_pixel(value, v.view_high, v.view_low);
         kinetic.cross_marks[static_cast<std::size_t>(i)] = {-1, static_cast<std::int16_t>(k),
                                                             static_cast<std::int16_t>(y)};
-        surface_->line(x - 2, y - 2, x + 2, y + 2, color);
-        surface_->line(x - 2, y + 2, x + 2, y - 2, color);
+        strokes[static_cast<std::size_t>(2 * i)] = QLine(x - 2, y - 2, x + 2, y + 2);
+        strokes[static_cast<std::size_t>(2 * i + 1)] = QLine(x - 2, y + 2, x + 2, y - 2);
     }
+    surface_->lines(std::span(strokes.data(), static_cast<std::size_t>(2 * n)), color);
     kinetic.cross_count = static_cast<std::int16_t>(n);
 }
 
@@ -384,7 +396,9 @@ void frmKinetic::zoom_data() {
         y_before = y;
     }
     surface_->lines(lines, standard_color(12));
-    init_data_area();
+    // The track table empties with the redraw; draw_cross rewrites the sampled table itself.
+    track_heads(*tables_[0]);
+    kinetic.tracks.track_count = 0;
     draw_cross(kinetic_setup.kn_sampling_number);
     calculate();
     draw_linear_fit();

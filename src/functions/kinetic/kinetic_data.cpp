@@ -20,6 +20,16 @@ void reset_kinetic() {
     kinetic = KineticRun{};
 }
 
+void clear_kinetic_data() {
+    kinetic.outputs.clear();
+    kinetic.kn_samples.fill(0);
+    kinetic.kn_fit.fill(0);
+    kinetic.kn_run_count = 0;
+    kinetic.fit = {};
+    kinetic.tracks = track_state{};
+    kinetic.cross_count = 0;
+}
+
 timed_plan kinetic_plan(const KineticSetup& s) {
     timed_plan p;
     p.start = s.kn_start_time;

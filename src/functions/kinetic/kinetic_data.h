@@ -73,6 +73,9 @@ extern KineticSetup kinetic_setup;
 extern KineticRun kinetic;
 
 void reset_kinetic();
+// Empties the samples, the fit, the three tables' records and the output rows (clear_form
+// without a window).
+void clear_kinetic_data();
 
 // The frame-clock schedule of a run: sampling from kn_start_time, "lag time..." from the delay.
 timed_plan kinetic_plan(const KineticSetup& s);
