@@ -5,6 +5,7 @@
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
+#include "plot/dlgZoom.h"
 #include "plot/palette.h"
 #include "plot/plot_scaling.h"
 #include "plot/plot_surface.h"
@@ -206,6 +207,23 @@ TEST(Kinetic, AutoZoomDrawsTheFitInTheZoomedScale) {
     const int y_last = y_to_pixel(kinetic.kn_fit[246], view.view_high, view.view_low);
     EXPECT_GT(y_first - y_last, 150) << "the line climbs most of the zoomed square";
     keep_picture(*t.window(), "kinetic_auto_zoom");
+
+    // Typed in: a new absorbance range, the time axis of the run kept; Original goes back.
+    const plot_view run_view = view;
+    t.rig.window->toolbar_button(7)->trigger();
+    auto* zoom = t.rig.window->findChild<dlgZoom*>();
+    ASSERT_NE(zoom, nullptr);
+    EXPECT_FALSE(zoom->txtInst(0)->isEnabled());
+    zoom->txtInst(2)->setText(QStringLiteral("0.1"));
+    zoom->txtInst(3)->setText(QStringLiteral("0.2"));
+    zoom->cmdOk_Click();
+    EXPECT_DOUBLE_EQ(view.view_low, 0.1);
+    EXPECT_DOUBLE_EQ(view.view_high, 0.2);
+    EXPECT_EQ(view.view_start, run_view.view_start);
+    EXPECT_EQ(view.view_stop, run_view.view_stop);
+    t.rig.window->toolbar_button(8)->trigger();
+    EXPECT_DOUBLE_EQ(view.view_high, 3.0);
+    EXPECT_EQ(t.window()->fgdPeak().Rows(), 6) << "a redraw rewrites the fit points";
 }
 
 TEST(Kinetic, DialogRules) {

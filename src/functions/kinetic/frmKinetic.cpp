@@ -12,12 +12,14 @@
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "plot/curve_drawing.h"
+#include "plot/dlgZoom.h"
 #include "plot/palette.h"
 #include "plot/plot_scaling.h"
 #include "plot/plot_surface.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QTabBar>
 #include <QVBoxLayout>
@@ -473,6 +475,28 @@ void frmKinetic::run(toolbar_routine routine) {
             init();
             zoom_data();
             break;
+        case toolbar_routine::zoom_dialog: {
+            // The time axis belongs to the run: only the absorbance range is typed in.
+            zoom_fields fields;
+            fields.labels = {QStringLiteral("Start time(sec)="), QStringLiteral("Stop time(sec)="),
+                             QStringLiteral("Low value(ABS)="), QStringLiteral("High value(ABS)=")};
+            const plot_view run_view = kinetic.view;
+            auto* dlg = new dlgZoom(
+                kinetic.view, fields,
+                [this, run_view] {
+                    kinetic.view.view_start = run_view.view_start;
+                    kinetic.view.view_stop = run_view.view_stop;
+                    update_span(kinetic.view);
+                    zoom_data();
+                },
+                window());
+            dlg->txtInst(0)->setEnabled(false);
+            dlg->txtInst(1)->setEnabled(false);
+            dlg->setAttribute(Qt::WA_DeleteOnClose);
+            dlg->setWindowModality(Qt::WindowModal);
+            dlg->show();
+            break;
+        }
         default:
             break;
         }
