@@ -206,6 +206,14 @@ TEST(Kinetic, AutoZoomDrawsTheFitInTheZoomedScale) {
     const int y_first = y_to_pixel(kinetic.kn_fit[35], view.view_high, view.view_low);
     const int y_last = y_to_pixel(kinetic.kn_fit[246], view.view_high, view.view_low);
     EXPECT_GT(y_first - y_last, 150) << "the line climbs most of the zoomed square";
+    // The line meets every cross: at each cross's column the magenta lies within its arms.
+    for (int i = 0; i < kinetic.cross_count; ++i) {
+        const mark& m = kinetic.cross_marks[static_cast<std::size_t>(i)];
+        bool met = false;
+        for (int y = m.row - 2; y <= m.row + 2; ++y)
+            met = met || p.logical_pixel(60 + m.column, y) == standard_color(5);
+        EXPECT_TRUE(met) << "cross " << i << " at column " << 60 + m.column << ", row " << m.row;
+    }
     keep_picture(*t.window(), "kinetic_auto_zoom");
 
     // Typed in: a new absorbance range, the time axis of the run kept; Original goes back.
