@@ -46,6 +46,8 @@ void keep_picture(frmKinetic& w, const char* name) {
 } // namespace
 
 TEST(Kinetic, TheUsersRunFromLagToRateAndTheOutputRowsThatStay) {
+    prompts::script();
+    prompts::clear_shown();
     kinetic_rig t;
     ASSERT_NE(t.setup(), nullptr);
     ASSERT_TRUE(t.apply(*t.setup(), {}));
@@ -104,17 +106,31 @@ TEST(Kinetic, TheUsersRunFromLagToRateAndTheOutputRowsThatStay) {
     EXPECT_TRUE(color_in_column(p, 306, standard_color(5)));
     EXPECT_FALSE(color_in_column(p, 94, standard_color(5)));
     EXPECT_FALSE(color_in_column(p, 307, standard_color(5)));
-    EXPECT_TRUE(color_in_column(p, 70, standard_color(12)));
-    EXPECT_TRUE(color_in_column(p, 330, standard_color(12)));
+    EXPECT_TRUE(color_in_column(p, 70, standard_color(12)) && color_in_column(p, 330, standard_color(12)));
     for (int i = 0; i < 5; ++i)
         EXPECT_TRUE(color_in_column(p, 60 + cross_sample(kinetic_setup, i, 5) + 2, standard_color(9))) << i;
     keep_picture(*w, "kinetic_run");
 
+    // Tracking: a right click adds the sample under it, up to 100 rows and no question.
+    for (int i = 0; i < 105; ++i)
+        w->plot_pressed(QPoint(100 + i, 150), Qt::RightButton);
+    EXPECT_EQ(kinetic.tracks.track_count, 100);
+    EXPECT_EQ(w->fgdTrack().Rows(), 101);
+    EXPECT_TRUE(prompts::shown().empty());
+    // Row 1 is column 100, sample 40: its own value and the fit's there.
+    EXPECT_EQ(w->fgdTrack().TextMatrix(1, 2), format_text(kinetic.kn_samples[40], "#0.000") + "A");
+    EXPECT_EQ(w->fgdTrack().TextMatrix(1, 3), format_text(kinetic.kn_fit[40], "#0.000") + "A");
+    EXPECT_EQ(w->fgdTrack().TextMatrix(1, 1), format_text(kinetic_setup.sample_time(40), "#0.0sec"));
+    w->table_row_click(0, 1);
+    EXPECT_EQ(w->fgdTrack().TextMatrix(1, 0), QStringLiteral("1  X"));
+    w->table_row_click(2, 1);
+    EXPECT_EQ(w->fgdValley().TextMatrix(1, 0), QStringLiteral("1  X"));
     // A second Read keeps the first row and adds its own.
     ASSERT_TRUE(t.read(150));
     ASSERT_EQ(out.Rows(), 3);
     EXPECT_EQ(out.TextMatrix(1, 1), QStringLiteral("500.00nm"));
     EXPECT_EQ(out.TextMatrix(2, 0), QStringLiteral("2  V"));
+    prompts::unscript();
 }
 
 TEST(Kinetic, TheRateOfAReactionWhateverTheLagDelayAndSign) {
@@ -278,30 +294,5 @@ TEST(Kinetic, DialogRules) {
     ASSERT_TRUE(t.apply(t.open_setup(), v));
     EXPECT_EQ(t.window()->fgdValley().Rows(), 1);
     EXPECT_TRUE(kinetic.outputs.empty());
-    prompts::unscript();
-}
-
-TEST(Kinetic, TrackingStopsAtAHundredRowsWithoutAQuestion) {
-    prompts::script();
-    prompts::clear_shown();
-    kinetic_rig t;
-    ASSERT_TRUE(t.apply(*t.setup(), {}));
-    ASSERT_TRUE(t.zero());
-    t.rig.instrument.control("sample reaction:0.002");
-    ASSERT_TRUE(t.read(150));
-    frmKinetic& w = *t.window();
-    for (int i = 0; i < 105; ++i)
-        w.plot_pressed(QPoint(100 + i, 150), Qt::RightButton);
-    EXPECT_EQ(kinetic.tracks.track_count, 100);
-    EXPECT_EQ(w.fgdTrack().Rows(), 101);
-    EXPECT_TRUE(prompts::shown().empty());
-    // Row 1 is column 100, sample 40: its own value and the fit's there.
-    EXPECT_EQ(w.fgdTrack().TextMatrix(1, 2), format_text(kinetic.kn_samples[40], "#0.000") + "A");
-    EXPECT_EQ(w.fgdTrack().TextMatrix(1, 3), format_text(kinetic.kn_fit[40], "#0.000") + "A");
-    EXPECT_EQ(w.fgdTrack().TextMatrix(1, 1), format_text(kinetic_setup.sample_time(40), "#0.0sec"));
-    w.table_row_click(0, 1);
-    EXPECT_EQ(w.fgdTrack().TextMatrix(1, 0), QStringLiteral("1  X"));
-    w.table_row_click(2, 1);
-    EXPECT_EQ(w.fgdValley().TextMatrix(1, 0), QStringLiteral("1  X"));
     prompts::unscript();
 }

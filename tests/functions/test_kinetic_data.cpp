@@ -1,5 +1,5 @@
-// Kinetic's plain arithmetic: the crosses' own rounding beside the fit's, the table rows, the
-// auto zoom range, and where the text block under the plot puts its pieces and glyphs.
+// Kinetic's plain arithmetic: the crosses' own rounding beside the fit's, and where the text block
+// under the plot puts its pieces and glyphs.
 #include "functions/kinetic/kinetic_data.h"
 
 #include <gtest/gtest.h>
@@ -24,36 +24,6 @@ TEST(KineticData, CrossesRoundHalvesUpWhereTheFitGoesToEven) {
     EXPECT_DOUBLE_EQ(s.sample_time(35), 30.0);
     EXPECT_DOUBLE_EQ(s.sample_time(245), 90.0);
     EXPECT_DOUBLE_EQ(s.kn_start_time, 50.0);
-}
-
-TEST(KineticData, RowsOfTheTables) {
-    const double before = 0.1234;
-    // The difference is of the values as shown: 0.124 - 0.123, not 0.1244 - 0.1234.
-    EXPECT_EQ(cross_row(2, 45.0, 0.1244, &before), QStringLiteral("2  V\t45.0sec\t0.124A\t0.001A"));
-    EXPECT_EQ(cross_row(1, 30.0, 0.1234, nullptr), QStringLiteral("1  V\t30.0sec\t0.123A"));
-    kn_output o;
-    o.lambda = 500;
-    o.abs0 = 0.1105f;
-    o.dabs_dt = -0.06f;
-    o.dc_dt = -60.0f;
-    EXPECT_EQ(output_row(1, o), QStringLiteral("1  V\t500.00nm\t0.111A\t-0.0600\t-60.0000"));
-    o.flag = 0;
-    EXPECT_TRUE(output_row(3, o).startsWith(QStringLiteral("3  X\t")));
-    EXPECT_EQ(track_row(4, 31.5, 0.5, 0.25), QStringLiteral("4  V\t31.5sec\t0.500A\t0.250A"));
-}
-
-TEST(KineticData, AutoZoomRange) {
-    std::array<double, kn_samples_count> c{};
-    c.fill(0.5);
-    double high = 0, low = 0;
-    auto_range(c, high, low); // flat: widened to a thousandth
-    EXPECT_NEAR(high, 0.50051, 1e-9);
-    EXPECT_NEAR(low, 0.49949, 1e-9);
-    c[280] = 1.5;
-    c[0] = 0.5;
-    auto_range(c, high, low);
-    EXPECT_NEAR(high, 1.51, 1e-12);
-    EXPECT_NEAR(low, 0.49, 1e-12);
 }
 
 TEST(KineticData, TextBlockKeepsTheUnitsInOneColumnAndTheGlyphsOnTheirBlanks) {
