@@ -1,4 +1,5 @@
 #include "function_window.h"
+#include "kinetic/frmKinetic.h"
 #include "photometry/frmPhotometry.h"
 #include "quantitative/frmQuant.h"
 #include "spectrum/frmSpectrum.h"
@@ -17,6 +18,8 @@ function_window* make_function_window(const function_entry& entry) {
         return new frmTimescan(entry);
     case 13:
         return new frmTimescan2(entry);
+    case 4:
+        return new frmKinetic(entry);
     case 5:
         return new frmQuant(entry);
     default:
