@@ -1,5 +1,6 @@
 #include "function_window.h"
 #include "photometry/frmPhotometry.h"
+#include "protein/frmProtein.h"
 #include "quantitative/frmQuant.h"
 #include "spectrum/frmSpectrum.h"
 #include "timescan/frmTimescan.h"
@@ -19,6 +20,8 @@ function_window* make_function_window(const function_entry& entry) {
         return new frmTimescan2(entry);
     case 5:
         return new frmQuant(entry);
+    case 11:
+        return new frmProtein(entry);
     default:
         return new function_window(entry);
     }
