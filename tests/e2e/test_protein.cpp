@@ -8,6 +8,7 @@
 #include "plot/plot_surface.h"
 #include "protein_rig.h"
 
+#include <QLayout>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
@@ -188,6 +189,8 @@ TEST(Protein, ReplicatesAveragesAndTheDifferencePlot) {
     }
     EXPECT_EQ(pic.logical_pixel(200, difference_zero_row), standard_color(8));
     EXPECT_EQ(pic.logical_pixel(200, difference_zero_row + 3), plot_interior());
+    p.window->resize(1000, 520);
+    p.window->layout()->activate();
     EXPECT_GT(pic.logical_size().height(), p.window->PicScroll()->viewport()->height());
     EXPECT_GT(p.window->PicScroll()->verticalScrollBar()->maximum(), 0) << "the picture scrolls";
     keep_picture(*p.window, "protein_3x3");
@@ -271,6 +274,22 @@ TEST(Protein, ANegativeReadingIsInvalidDataButTheCalibrationStands) {
     EXPECT_EQ(p.boxes(), (std::vector<QString>{"Invalid data!", "Please press RUN to read samples!"}));
     EXPECT_LT(protein.cal.abs_min, 0);
     EXPECT_FALSE(protein.reading_std);
+}
+
+TEST(Protein, AFitWithoutSolutionStillMovesOnToSamples) {
+    protein_rig p;
+    p.key_setup(6, 2, 1, 2, {"0.5", "1.0"});
+    p.setup().cmdOk_Click();
+    ASSERT_TRUE(p.zero());
+    p.boxes();
+    // Every reading the same ABS: a straight line with an offset has no solution.
+    for (int j = 0; j < 4; ++j)
+        ASSERT_TRUE(p.read("standard:0.5"));
+    EXPECT_EQ(p.boxes(), (std::vector<QString>{"Invalid input!", "Please press RUN to read samples!"}));
+    EXPECT_EQ(protein.cal.fit_ka, 1.0) << "the coefficients stand";
+    EXPECT_EQ(p.data(1, 3), "") << "no Cal-Conc. without a fit";
+    ASSERT_TRUE(p.read("standard:0.5"));
+    EXPECT_EQ(p.sample(2, 0), "Avg1");
 }
 
 } // namespace lumora::test

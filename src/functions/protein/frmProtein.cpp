@@ -66,7 +66,7 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
     scroll_->setWidget(surface_);
     scroll_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     scroll_->setMinimumWidth(240);
-    scroll_->setMaximumSize(420, 440);
+    scroll_->setMaximumWidth(surface_->width() + 24);
     scroll_->horizontalScrollBar()->setObjectName(QStringLiteral("HScroll1"));
     scroll_->verticalScrollBar()->setObjectName(QStringLiteral("VScroll1"));
     tabs_ = new QTabBar(this);
@@ -89,7 +89,7 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
         right->addWidget(frame, 1);
     }
     auto* layout = new QHBoxLayout(this);
-    layout->addWidget(scroll_, 3, Qt::AlignTop);
+    layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
     connect(tabs_, &QTabBar::currentChanged, this, &frmProtein::show_table);
 
