@@ -37,6 +37,10 @@ void keep_picture(frmProtein& window, const QString& name) {
     window.resize(1000, 520);
     window.grab().save(dir + "/" + name + "_window.png");
     window.picProtein().grab_view().save(dir + "/" + name + "_plot.png");
+    const int tab = window.tspData()->currentIndex();
+    window.tspData()->setCurrentIndex(0);
+    window.grab().save(dir + "/" + name + "_standards.png");
+    window.tspData()->setCurrentIndex(tab);
 }
 
 int pixels_of(const plot_surface& pic, const QColor& color, int top, int bottom) {
