@@ -66,7 +66,6 @@ struct protein_rig {
         rig.run_for(1.5);
         return done;
     }
-    // Read the next standard or sample with `sample` in the beam.
     bool read(const std::string& sample) {
         rig.instrument.control("sample " + sample);
         const int before = protein.std_read + protein.sample_rows;
