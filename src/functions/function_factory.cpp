@@ -1,6 +1,7 @@
 #include "function_window.h"
 #include "kinetic/frmKinetic.h"
 #include "photometry/frmPhotometry.h"
+#include "protein/frmProtein.h"
 #include "quantitative/frmQuant.h"
 #include "spectrum/frmSpectrum.h"
 #include "timescan/frmTimescan.h"
@@ -22,6 +23,8 @@ function_window* make_function_window(const function_entry& entry) {
         return new frmKinetic(entry);
     case 5:
         return new frmQuant(entry);
+    case 11:
+        return new frmProtein(entry);
     default:
         return new function_window(entry);
     }

@@ -296,7 +296,7 @@ void frmKinetic::stop_ok() {
     o.dc_dt = kinetic.fit.dc_dt;
     kinetic.outputs.push_back(o);
     tables_[2]->AddItem(output_row(static_cast<int>(kinetic.outputs.size()), o));
-    shared.measure_mode = mm_lambda_panel;
+    end_run_on_blank();
     set_track(true);
     describe_plot();
 }
@@ -305,6 +305,7 @@ void frmKinetic::stop_kinetic() {
     // The main window has set measure_mode 1 and given the toolbar back. The counters zeroed are
     // Timescan's: Read sets Kinetic's own, and a stopped run keeps its samples without a fit.
     kinetic.kn_running = false;
+    end_run_on_blank();
     timescan.ts_sample_index = 0;
     timescan.ts_ticks = 0;
     set_track(true);
