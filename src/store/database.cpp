@@ -58,10 +58,41 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
          "CREATE TABLE parameter (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, ParaValue TEXT)"},
         {"data_batch", "CREATE INDEX data_batch ON data (FunctionName, BatchName)"},
         {"parameter_batch", "CREATE INDEX parameter_batch ON parameter (FunctionName, BatchName)"},
-        {"system_name", "CREATE INDEX system_name ON system (ParaName)"}};
+        {"system_name", "CREATE INDEX system_name ON system (ParaName)"},
+        // Batch names compare without case, as the rows are looked up by them.
+        {"data_batch_name", "CREATE INDEX data_batch_name ON data (FunctionName, BatchName COLLATE NOCASE)"},
+        {"parameter_batch_name",
+         "CREATE INDEX parameter_batch_name ON parameter (FunctionName, BatchName COLLATE NOCASE)"}};
     for (const auto& [name, sql] : schema)
         if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
             exec_or_throw(q, QString::fromLatin1(sql), {});
+    if (!present.contains(QStringLiteral("batches"), Qt::CaseInsensitive)) {
+        // One header per stored batch. A file from before the headers gets one for every batch its
+        // rows hold, so the names already used stay taken and listed.
+        exec_or_throw(q,
+                      QStringLiteral("CREATE TABLE batches (FunctionName TEXT COLLATE NOCASE, BatchName TEXT "
+                                     "COLLATE NOCASE, ParaType TEXT, SavedBy TEXT, Host TEXT, SavedAt TEXT, "
+                                     "UNIQUE (FunctionName, ParaType, BatchName))"),
+                      {});
+        exec_or_throw(q,
+                      QStringLiteral("INSERT OR IGNORE INTO batches (FunctionName,BatchName,ParaType) SELECT "
+                                     "FunctionName, min(BatchName), 'D' FROM data GROUP BY FunctionName, "
+                                     "BatchName COLLATE NOCASE"),
+                      {});
+        exec_or_throw(
+            q,
+            QStringLiteral("INSERT OR IGNORE INTO batches (FunctionName,BatchName,ParaType) SELECT "
+                           "FunctionName, min(BatchName), 'P' FROM parameter GROUP BY FunctionName, "
+                           "BatchName COLLATE NOCASE"),
+            {});
+        // The version row names the shape for other tools; a bare test file keeps an empty system table.
+        if (seed_delivery || present.contains(QStringLiteral("system"), Qt::CaseInsensitive)) {
+            exec_or_throw(q, QStringLiteral("DELETE FROM system WHERE ParaName='Store Version'"), {});
+            exec_or_throw(
+                q, QStringLiteral("INSERT INTO system (ParaName,ParaValue) VALUES ('Store Version','2')"),
+                {});
+        }
+    }
     if (!present.contains(QStringLiteral("system"), Qt::CaseInsensitive) && seed_delivery) {
         // The rows a delivered database carries.
         const std::pair<const char*, const char*> delivered[] = {
@@ -238,6 +269,18 @@ void db_execute(const QString& sql, const std::vector<QVariant>& values) {
     if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
     QSqlQuery q(db);
     exec_or_throw(q, sql, values);
+}
+
+void db_execute_rows(const QString& sql, const std::vector<std::vector<QVariant>>& rows) {
+    QSqlDatabase db = connection();
+    if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
+    QSqlQuery q(db);
+    if (!q.prepare(sql)) throw to_error(q.lastError());
+    for (const auto& values : rows) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            q.bindValue(static_cast<int>(i), values[i]);
+        if (!q.exec()) throw to_error(q.lastError());
+    }
 }
 
 void db_begin() {

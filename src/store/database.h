@@ -61,6 +61,9 @@ record_set db_query(const QString& sql, const std::vector<QVariant>& values = {}
 // A statement with bound values; throws db_error when it fails.
 void db_execute(const QString& sql, const std::vector<QVariant>& values = {});
 
+// One statement prepared once and run for each row of values, in order; throws at the first failure.
+void db_execute_rows(const QString& sql, const std::vector<std::vector<QVariant>>& rows);
+
 // All statements run inside `body` commit together, or none of them does (body threw).
 template <class F> void db_transaction(F&& body);
 void db_begin();
