@@ -103,23 +103,45 @@ save_result batch_save(batch_kind kind, const QString& function, const QString& 
                            "VALUES (?,?,?,?,?,?)"),
             {function, name, type_of(kind), user_name(), QSysInfo::machineHostName(),
              QDateTime::currentDateTimeUtc().toString(Qt::ISODate)});
-        std::vector<std::vector<QVariant>> values;
-        values.reserve(rows.size());
+        const QVariant kind_name = function, batch = name;
         if (kind == batch_kind::parameter) {
-            for (const batch_row& r : rows)
-                values.push_back({name, function, r.seq, r.value});
-            db_execute_rows(
-                QStringLiteral("INSERT INTO PARAMETER (BatchName,FunctionName,ParaSeqNo,ParaValue) "
-                               "VALUES (?,?,?,?)"),
-                values);
+            db_insert_rows(QStringLiteral("parameter"),
+                           {QStringLiteral("BatchName"), QStringLiteral("FunctionName"),
+                            QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue")},
+                           rows.size(), [&](std::size_t r, int c) -> QVariant {
+                               switch (c) {
+                               case 0:
+                                   return batch;
+                               case 1:
+                                   return kind_name;
+                               case 2:
+                                   return rows[r].seq;
+                               default:
+                                   return rows[r].value;
+                               }
+                           });
         } else {
-            for (const batch_row& r : rows)
-                values.push_back({name, function, r.seq, r.value, r.type,
-                                  r.set > 0 ? QVariant(r.set) : QVariant(QMetaType(QMetaType::Int))});
-            db_execute_rows(
-                QStringLiteral("INSERT INTO DATA (BatchName,FunctionName,ParaSeqNo,ParaValue,ParaType,"
-                               "DataSet) VALUES (?,?,?,?,?,?)"),
-                values);
+            const QVariant no_set(QMetaType(QMetaType::Int));
+            db_insert_rows(QStringLiteral("data"),
+                           {QStringLiteral("BatchName"), QStringLiteral("FunctionName"),
+                            QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue"),
+                            QStringLiteral("ParaType"), QStringLiteral("DataSet")},
+                           rows.size(), [&](std::size_t r, int c) -> QVariant {
+                               switch (c) {
+                               case 0:
+                                   return batch;
+                               case 1:
+                                   return kind_name;
+                               case 2:
+                                   return rows[r].seq;
+                               case 3:
+                                   return rows[r].value;
+                               case 4:
+                                   return rows[r].type;
+                               default:
+                                   return rows[r].set > 0 ? QVariant(rows[r].set) : no_set;
+                               }
+                           });
         }
     });
     return result;

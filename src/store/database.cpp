@@ -11,6 +11,7 @@
 #include <QSqlRecord>
 #include <QStandardPaths>
 #include <QTimer>
+#include <algorithm>
 #include <map>
 
 namespace lumora {
@@ -271,14 +272,31 @@ void db_execute(const QString& sql, const std::vector<QVariant>& values) {
     exec_or_throw(q, sql, values);
 }
 
-void db_execute_rows(const QString& sql, const std::vector<std::vector<QVariant>>& rows) {
+void db_insert_rows(const QString& table, const QStringList& columns, std::size_t rows,
+                    const std::function<QVariant(std::size_t row, int column)>& value) {
     QSqlDatabase db = connection();
     if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
+    const int width = static_cast<int>(columns.size());
+    if (width == 0 || rows == 0) return;
+    // Well below the 999 parameters an older SQLite allows in one statement.
+    const std::size_t per_statement = static_cast<std::size_t>(std::max(1, 900 / width));
+    const QString tuple =
+        QLatin1Char('(') + QStringList(width, QStringLiteral("?")).join(QLatin1Char(',')) + QLatin1Char(')');
+    const QString head =
+        QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(table, columns.join(QLatin1Char(',')));
     QSqlQuery q(db);
-    if (!q.prepare(sql)) throw to_error(q.lastError());
-    for (const auto& values : rows) {
-        for (std::size_t i = 0; i < values.size(); ++i)
-            q.bindValue(static_cast<int>(i), values[i]);
+    std::size_t prepared_for = 0;
+    for (std::size_t first = 0; first < rows; first += per_statement) {
+        const std::size_t n = std::min(per_statement, rows - first);
+        if (n != prepared_for) {
+            if (!q.prepare(head + QStringList(static_cast<int>(n), tuple).join(QLatin1Char(','))))
+                throw to_error(q.lastError());
+            prepared_for = n;
+        }
+        int at = 0;
+        for (std::size_t r = first; r < first + n; ++r)
+            for (int c = 0; c < width; ++c)
+                q.bindValue(at++, value(r, c));
         if (!q.exec()) throw to_error(q.lastError());
     }
 }

@@ -61,8 +61,10 @@ record_set db_query(const QString& sql, const std::vector<QVariant>& values = {}
 // A statement with bound values; throws db_error when it fails.
 void db_execute(const QString& sql, const std::vector<QVariant>& values = {});
 
-// One statement prepared once and run for each row of values, in order; throws at the first failure.
-void db_execute_rows(const QString& sql, const std::vector<std::vector<QVariant>>& rows);
+// Inserts `rows` rows into `table`, the value of row r and column c being `value(r, c)`, many rows
+// to a statement; throws at the first failure. Run it inside a transaction to keep it whole.
+void db_insert_rows(const QString& table, const QStringList& columns, std::size_t rows,
+                    const std::function<QVariant(std::size_t row, int column)>& value);
 
 // All statements run inside `body` commit together, or none of them does (body threw).
 template <class F> void db_transaction(F&& body);

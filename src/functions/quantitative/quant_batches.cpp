@@ -2,6 +2,7 @@
 // batch the sample count and each sample's ABS and Conc. A result batch keeps the standards as the
 // table shows them ("0.000"); a parameter batch keeps them whole.
 #include "frmQuant.h"
+#include "link/shared_state.h"
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "platform/prompts.h"
@@ -107,6 +108,8 @@ void frmQuant::load_result(const std::vector<batch_row>& rows) {
     }
     load_old_data();
     quant.loading = false;
+    // The toolbar of a window holding samples, as after a reading.
+    if (main_hooks.toolbar_enable_for) main_hooks.toolbar_enable_for(fid_quantitative);
     prompts::message_box(QStringLiteral("Please press RUN to read samples!"), box_icon::information,
                          QStringLiteral("Information"));
     tabs_->setCurrentIndex(1);

@@ -6,6 +6,8 @@
 #include "platform/numeric_text.h"
 #include "timescan_interval_data.h"
 
+#include <QSignalBlocker>
+
 namespace lumora {
 namespace {
 
@@ -68,15 +70,19 @@ void frmTimescan2::load_result(const std::vector<batch_row>& rows) {
     // A sample's index is 16 bits wide, as in a run.
     const int samples = static_cast<int>(std::min<std::size_t>(d.remaining(), INT16_MAX));
     const double interval = timescan_interval_setup.ti_interval;
-    table_->setUpdatesEnabled(false);
     table_->setRows(samples + 1);
-    // Each row as a measured run writes it: index, time, value.
-    for (int k = 0; k < samples; ++k) {
-        table_->setTextMatrix(k + 1, 0, QString::number(k));
-        table_->setTextMatrix(k + 1, 1, format_text(k * interval, "###0.0"));
-        table_->setTextMatrix(k + 1, 2, d.text());
+    {
+        // Cells of rows the view already has: it reads them when it paints, so the per-cell change
+        // notices of a long run are left out and the view is repainted once.
+        const QSignalBlocker quiet(table_->model());
+        for (int k = 0; k < samples; ++k) {
+            // Each row as a measured run writes it: index, time, value.
+            table_->setTextMatrix(k + 1, 0, QString::number(k));
+            table_->setTextMatrix(k + 1, 1, format_text(k * interval, "###0.0"));
+            table_->setTextMatrix(k + 1, 2, d.text());
+        }
     }
-    table_->setUpdatesEnabled(true);
+    table_->viewport()->update();
     if (samples == 0) return;
     timescan_interval_data& t = timescan_interval;
     t.ti_curve_count = 1;
