@@ -121,7 +121,7 @@ save_result batch_save(batch_kind kind, const QString& function, const QString& 
                                }
                            });
         } else {
-            const QVariant no_set(QMetaType(QMetaType::Int));
+            const QVariant no_set{QMetaType(QMetaType::Int)};
             db_insert_rows(QStringLiteral("data"),
                            {QStringLiteral("BatchName"), QStringLiteral("FunctionName"),
                             QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue"),
