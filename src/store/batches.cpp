@@ -103,40 +103,26 @@ save_result batch_save(batch_kind kind, const QString& function, const QString& 
                            "VALUES (?,?,?,?,?,?)"),
             {function, name, type_of(kind), user_name(), QSysInfo::machineHostName(),
              QDateTime::currentDateTimeUtc().toString(Qt::ISODate)});
-        const QVariant kind_name = function, batch = name;
+        const std::vector<fixed_column> fixed{{QStringLiteral("BatchName"), name},
+                                              {QStringLiteral("FunctionName"), function}};
         if (kind == batch_kind::parameter) {
-            db_insert_rows(QStringLiteral("parameter"),
-                           {QStringLiteral("BatchName"), QStringLiteral("FunctionName"),
-                            QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue")},
-                           rows.size(), [&](std::size_t r, int c) -> QVariant {
-                               switch (c) {
-                               case 0:
-                                   return batch;
-                               case 1:
-                                   return kind_name;
-                               case 2:
-                                   return rows[r].seq;
-                               default:
-                                   return rows[r].value;
-                               }
+            db_insert_rows(QStringLiteral("parameter"), fixed,
+                           {QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue")}, rows.size(),
+                           [&](std::size_t r, int c) -> QVariant {
+                               return c == 0 ? QVariant(rows[r].seq) : QVariant(rows[r].value);
                            });
         } else {
             const QVariant no_set{QMetaType(QMetaType::Int)};
-            db_insert_rows(QStringLiteral("data"),
-                           {QStringLiteral("BatchName"), QStringLiteral("FunctionName"),
-                            QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue"),
+            db_insert_rows(QStringLiteral("data"), fixed,
+                           {QStringLiteral("ParaSeqNo"), QStringLiteral("ParaValue"),
                             QStringLiteral("ParaType"), QStringLiteral("DataSet")},
                            rows.size(), [&](std::size_t r, int c) -> QVariant {
                                switch (c) {
                                case 0:
-                                   return batch;
-                               case 1:
-                                   return kind_name;
-                               case 2:
                                    return rows[r].seq;
-                               case 3:
+                               case 1:
                                    return rows[r].value;
-                               case 4:
+                               case 2:
                                    return rows[r].type;
                                default:
                                    return rows[r].set > 0 ? QVariant(rows[r].set) : no_set;
