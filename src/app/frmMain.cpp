@@ -102,10 +102,14 @@ void frmMain::build_menus() {
         return a;
     };
     QMenu* file = add_menu("mnuFile", "&File");
-    add_item(file, "mnuFileOpenP", "Load parameter");
-    add_item(file, "mnuFileOpenD", "Load data");
-    add_item(file, "mnuFileSaveP", "Save parameter");
-    add_item(file, "mnuFileSaveD", "Save data");
+    connect(add_item(file, "mnuFileOpenP", "Load parameter"), &QAction::triggered, this,
+            &frmMain::mnuFileOpenP_Click);
+    connect(add_item(file, "mnuFileOpenD", "Load data"), &QAction::triggered, this,
+            &frmMain::mnuFileOpenD_Click);
+    connect(add_item(file, "mnuFileSaveP", "Save parameter"), &QAction::triggered, this,
+            &frmMain::mnuFileSaveP_Click);
+    connect(add_item(file, "mnuFileSaveD", "Save data"), &QAction::triggered, this,
+            &frmMain::mnuFileSaveD_Click);
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar1"));
     connect(add_item(file, "mnuFileExport", "Data export to Excel"), &QAction::triggered, this,
             &frmMain::mnuFileExport_Click);

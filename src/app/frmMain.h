@@ -69,6 +69,17 @@ public:
     void mnuFilePrintPreview_Click();
     void mnuFilePrint_Click();
     void mnuFileExport_Click();
+    // Stored batches: ask a name and save, or pick one in DlgLoadData and load it.
+    void mnuFileSaveD_Click();
+    void mnuFileSaveP_Click();
+    void mnuFileOpenD_Click();
+    void mnuFileOpenP_Click();
+    void GetBatchName(const QString& name);
+    void data_save(const QString& name);
+    void data_load(const QString& name);
+    void parameter_save(const QString& name);
+    void parameter_load(const QString& name);
+    QDialog* load_dialog() const { return load_dialog_; }
     comm_port& MSComm1() { return *port_; }
     status_bar& sbStatusBar() { return *status_; }
     QTimer& Timer1() { return *timer_; }
@@ -97,6 +108,11 @@ private:
     void restore_position();
     void show_setup_dialog(function_window& window);
     bool function_with_data_check();
+    bool batch_function_check();
+    void save_batch(bool data);
+    void open_batch(bool data);
+    void back_to_lambda();
+    void save_fault(const QString& why);
 
     std::unique_ptr<comm_port> port_;
     status_bar* status_ = nullptr;
@@ -110,6 +126,7 @@ private:
     QPointer<function_window> function_;
     QPointer<QDialog> setup_;
     QPointer<QDialog> system_;
+    QPointer<QDialog> load_dialog_;
     bool scan_locked_ = false;
     static constexpr int scan_lock_silence_ticks = 60; // 3 s of Timer1
     int quiet_ticks_ = 0;                              // ticks since the port last raised its event

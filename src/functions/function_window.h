@@ -3,6 +3,7 @@
 // function's own window derives from this and overrides the routines it has; the base keeps the
 // routines every function window answers to by name, so the toolbar reaches them all the same way.
 #include "function_catalog.h"
+#include "store/batches.h"
 #include "toolbar_dispatch.h"
 
 #include <QDialog>
@@ -44,6 +45,21 @@ public:
     virtual bool has_data() const { return false; }
     // A new setup dialog of this function, or nullptr when it has none.
     virtual QDialog* make_setup_dialog(QWidget* parent);
+
+    // Stored batches, in this function's own row layout (its folder's *_batches.cpp). A function
+    // without a layout keeps these defaults and the File entries tell the user it is not available.
+    virtual bool keeps_batches() const { return false; }
+    // Something to keep in a result batch; "The data is empty!" otherwise.
+    virtual bool batch_data() const { return has_data(); }
+    // The rows of a result batch ("P", then "D" or "V") and of a parameter batch ("P").
+    virtual std::vector<batch_row> result_rows() const { return {}; }
+    virtual std::vector<batch_row> parameter_rows() const { return {}; }
+    // Rebuilds the window from a result batch as it stood after the run.
+    virtual void load_result(const std::vector<batch_row>&) {}
+    // A parameter batch into the setup record; then, after the toolbar's ready state, the setup
+    // dialog refreshed and the window cleared (parameters_loaded).
+    virtual void read_parameters(const std::vector<batch_row>&) {}
+    virtual void parameters_loaded() {}
 
     // What reached this window, in order: the routines of the toolbar clicks.
     const std::vector<toolbar_routine>& routines_run() const { return routines_run_; }

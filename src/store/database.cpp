@@ -11,6 +11,7 @@
 #include <QSqlRecord>
 #include <QStandardPaths>
 #include <QTimer>
+#include <algorithm>
 #include <map>
 
 namespace lumora {
@@ -56,12 +57,46 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
                  "ParaType TEXT, DataSet INTEGER)"},
         {"parameter",
          "CREATE TABLE parameter (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, ParaValue TEXT)"},
-        {"data_batch", "CREATE INDEX data_batch ON data (FunctionName, BatchName)"},
-        {"parameter_batch", "CREATE INDEX parameter_batch ON parameter (FunctionName, BatchName)"},
-        {"system_name", "CREATE INDEX system_name ON system (ParaName)"}};
+        {"system_name", "CREATE INDEX system_name ON system (ParaName)"},
+        // Batch names compare without case, as the rows are looked up by them.
+        {"data_batch_name", "CREATE INDEX data_batch_name ON data (FunctionName, BatchName COLLATE NOCASE)"},
+        {"parameter_batch_name",
+         "CREATE INDEX parameter_batch_name ON parameter (FunctionName, BatchName COLLATE NOCASE)"}};
     for (const auto& [name, sql] : schema)
         if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
             exec_or_throw(q, QString::fromLatin1(sql), {});
+    // The batch indexes of an older file compared names with case; the ones above replace them,
+    // and each index less is one less to keep on every row a save writes.
+    for (const char* old_index : {"data_batch", "parameter_batch"})
+        if (present.contains(QString::fromLatin1(old_index), Qt::CaseInsensitive))
+            exec_or_throw(q, QStringLiteral("DROP INDEX %1").arg(QString::fromLatin1(old_index)), {});
+    if (!present.contains(QStringLiteral("batches"), Qt::CaseInsensitive)) {
+        // One header per stored batch. A file from before the headers gets one for every batch its
+        // rows hold, so the names already used stay taken and listed.
+        exec_or_throw(q,
+                      QStringLiteral("CREATE TABLE batches (FunctionName TEXT COLLATE NOCASE, BatchName TEXT "
+                                     "COLLATE NOCASE, ParaType TEXT, SavedBy TEXT, Host TEXT, SavedAt TEXT, "
+                                     "UNIQUE (FunctionName, ParaType, BatchName))"),
+                      {});
+        exec_or_throw(q,
+                      QStringLiteral("INSERT OR IGNORE INTO batches (FunctionName,BatchName,ParaType) SELECT "
+                                     "FunctionName, min(BatchName), 'D' FROM data GROUP BY FunctionName, "
+                                     "BatchName COLLATE NOCASE"),
+                      {});
+        exec_or_throw(
+            q,
+            QStringLiteral("INSERT OR IGNORE INTO batches (FunctionName,BatchName,ParaType) SELECT "
+                           "FunctionName, min(BatchName), 'P' FROM parameter GROUP BY FunctionName, "
+                           "BatchName COLLATE NOCASE"),
+            {});
+        // The version row names the shape for other tools; a bare test file keeps an empty system table.
+        if (seed_delivery || present.contains(QStringLiteral("system"), Qt::CaseInsensitive)) {
+            exec_or_throw(q, QStringLiteral("DELETE FROM system WHERE ParaName='Store Version'"), {});
+            exec_or_throw(
+                q, QStringLiteral("INSERT INTO system (ParaName,ParaValue) VALUES ('Store Version','2')"),
+                {});
+        }
+    }
     if (!present.contains(QStringLiteral("system"), Qt::CaseInsensitive) && seed_delivery) {
         // The rows a delivered database carries.
         const std::pair<const char*, const char*> delivered[] = {
@@ -161,7 +196,13 @@ QString db_open_file(const QString& path, bool seed_delivery, bool read_only) {
                     // A file that cannot be written keeps its journal; reading it is still fine.
                     if (e.unreadable()) throw;
                 }
-                create_tables(db, seed_delivery);
+                try {
+                    create_tables(db, seed_delivery);
+                } catch (const db_error& e) {
+                    // A file that cannot be written opens as it is, for reading; what it lacks
+                    // (the batch headers of an older file) makes saves fail with their reason.
+                    if ((e.code & 0xff) != 8) throw;
+                }
             }
         } catch (const db_error& e) {
             db.close();
@@ -238,6 +279,49 @@ void db_execute(const QString& sql, const std::vector<QVariant>& values) {
     if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
     QSqlQuery q(db);
     exec_or_throw(q, sql, values);
+}
+
+void db_insert_rows(const QString& table, const std::vector<fixed_column>& fixed, const QStringList& varying,
+                    std::size_t rows, const std::function<QVariant(std::size_t row, int column)>& value) {
+    QSqlDatabase db = connection();
+    if (!db.isOpen()) throw db_error{QStringLiteral("the database is not open")};
+    const int width = static_cast<int>(varying.size());
+    if (width == 0 || rows == 0) return;
+    // Well below the 999 parameters an older SQLite allows in one statement.
+    const std::size_t per_statement = static_cast<std::size_t>(std::max(1, 900 / width));
+    QStringList names, picks;
+    for (const fixed_column& f : fixed) {
+        names << f.name;
+        picks << QStringLiteral("?");
+    }
+    for (int c = 1; c <= width; ++c) {
+        names << varying[c - 1];
+        picks << QStringLiteral("column%1").arg(c);
+    }
+    // INSERT ... SELECT ?, ?, column1, column2 FROM (VALUES (?,?),(?,?),...): the fixed values
+    // once, the rows after them.
+    const QString head = QStringLiteral("INSERT INTO %1 (%2) SELECT %3 FROM (VALUES ")
+                             .arg(table, names.join(QLatin1Char(',')), picks.join(QLatin1Char(',')));
+    const QString tuple =
+        QLatin1Char('(') + QStringList(width, QStringLiteral("?")).join(QLatin1Char(',')) + QLatin1Char(')');
+    QSqlQuery q(db);
+    std::size_t prepared_for = 0;
+    for (std::size_t first = 0; first < rows; first += per_statement) {
+        const std::size_t n = std::min(per_statement, rows - first);
+        if (n != prepared_for) {
+            if (!q.prepare(head + QStringList(static_cast<int>(n), tuple).join(QLatin1Char(',')) +
+                           QLatin1Char(')')))
+                throw to_error(q.lastError());
+            prepared_for = n;
+        }
+        int at = 0;
+        for (const fixed_column& f : fixed)
+            q.bindValue(at++, f.value);
+        for (std::size_t r = first; r < first + n; ++r)
+            for (int c = 0; c < width; ++c)
+                q.bindValue(at++, value(r, c));
+        if (!q.exec()) throw to_error(q.lastError());
+    }
 }
 
 void db_begin() {

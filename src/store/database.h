@@ -61,6 +61,16 @@ record_set db_query(const QString& sql, const std::vector<QVariant>& values = {}
 // A statement with bound values; throws db_error when it fails.
 void db_execute(const QString& sql, const std::vector<QVariant>& values = {});
 
+// Inserts `rows` rows into `table`, many rows to a statement: the `fixed` columns take the same
+// value in every row (bound once a statement), the `varying` columns of row r and column c take
+// `value(r, c)`. Throws at the first failure; run it inside a transaction to keep it whole.
+struct fixed_column {
+    QString name;
+    QVariant value;
+};
+void db_insert_rows(const QString& table, const std::vector<fixed_column>& fixed, const QStringList& varying,
+                    std::size_t rows, const std::function<QVariant(std::size_t row, int column)>& value);
+
 // All statements run inside `body` commit together, or none of them does (body threw).
 template <class F> void db_transaction(F&& body);
 void db_begin();

@@ -26,7 +26,7 @@ constexpr double percent_per_volt = 40;
 // The dashed markers: 10 pixels per nanometre from the left edge of the plot square.
 constexpr int pixels_per_nm = 10;
 constexpr int marker_top = 25;
-constexpr int result_rows[3] = {340, 355, 370};
+constexpr int text_rows[3] = {340, 355, 370};
 
 // The window the decoder's hook reaches: one closed late must not unhook its successor.
 const frmVerify* hooked = nullptr;
@@ -157,7 +157,7 @@ void frmVerify::show_bandwidth() {
         QStringLiteral("Lambda(2)=") + format_text(r.width / 2, "0.00") + QStringLiteral(" nm"),
         QStringLiteral("Bandwidth=") + format_text(r.width, "0.00") + QStringLiteral(" nm")};
     for (int i = 0; i < 3; ++i)
-        surface_->text(plot_left, result_rows[i], texts[i]);
+        surface_->text(plot_left, text_rows[i], texts[i]);
     surface_->setAccessibleDescription(texts[0] + QStringLiteral(". ") + texts[1] + QStringLiteral(". ") +
                                        texts[2] + QStringLiteral("."));
 }

@@ -107,6 +107,10 @@ void frmPhotometry::clear_form() {
     photometry_run.ph_run_count = 0;
 }
 
+void frmPhotometry::set_number(int row, int col, const QString& text) {
+    set_number_cell(*grid_, row, col, text);
+}
+
 void frmPhotometry::set_zero_flag(bool zeroing) {
     photometry_run.ph_zeroing = zeroing;
 }

@@ -33,6 +33,13 @@ public:
     void set_zero_flag(bool zeroing) override;
     bool has_data() const override;
     QDialog* make_setup_dialog(QWidget* parent) override;
+    // Stored batches (photometry_batches.cpp)
+    bool keeps_batches() const override { return true; }
+    std::vector<batch_row> result_rows() const override;
+    std::vector<batch_row> parameter_rows() const override;
+    void load_result(const std::vector<batch_row>& rows) override;
+    void read_parameters(const std::vector<batch_row>& rows) override;
+    void parameters_loaded() override;
 
     grid& fgdData() const { return *grid_; }
     // The wait between two cycles: frames that come meanwhile are ignored. cycle_wait_end is what
@@ -44,6 +51,8 @@ private:
     // Steps 3 and 4 of a reading's start: the row's mark and the move to its wavelength.
     void start_reading();
     void move_to_column(int column);
+    // A reading's cell, right aligned as its column.
+    void set_number(int row, int col, const QString& text);
 
     grid* grid_ = nullptr;
     QTimer cycle_timer_;

@@ -51,6 +51,13 @@ public:
     void curve_check() override;
     bool has_data() const override;
     QDialog* make_setup_dialog(QWidget* parent) override;
+    // Stored batches (spectrum_batches.cpp)
+    bool keeps_batches() const override { return true; }
+    std::vector<batch_row> result_rows() const override;
+    std::vector<batch_row> parameter_rows() const override;
+    void load_result(const std::vector<batch_row>& rows) override;
+    void read_parameters(const std::vector<batch_row>& rows) override;
+    void parameters_loaded() override;
 
     plot_surface& picSpectrum() const { return *surface_; }
     grid& fgdTrack() const { return *tables_[0]; }

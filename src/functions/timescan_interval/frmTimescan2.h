@@ -45,6 +45,13 @@ public:
     void run(toolbar_routine routine) override;
     bool has_data() const override;
     QDialog* make_setup_dialog(QWidget* parent) override;
+    // Stored batches (timescan_interval_batches.cpp)
+    bool keeps_batches() const override { return true; }
+    std::vector<batch_row> result_rows() const override;
+    std::vector<batch_row> parameter_rows() const override;
+    void load_result(const std::vector<batch_row>& rows) override;
+    void read_parameters(const std::vector<batch_row>& rows) override;
+    void parameters_loaded() override;
 
     plot_surface& picTimescan() const { return *surface_; }
     grid& fgdTrack() const { return *table_; }
