@@ -10,6 +10,7 @@
 #include "link/shared_state.h"
 #include "platform/prompts.h"
 #include "plot/palette.h"
+#include "report/report_make.h"
 #include "report/report_page.h"
 
 #include <QFile>
@@ -84,6 +85,15 @@ inline QJsonObject sheet(const QJsonArray& book, const QString& name) {
     for (const auto& s : book)
         if (s.toObject()["name"].toString() == name) return s.toObject();
     return {};
+}
+
+// The report of `window` on paper as a PDF: as many pages as the model at scale 1.0, kept for a look.
+inline void expect_pdf_like_preview(function_window& window, const QTemporaryDir& dir, const QString& name) {
+    const QString path = dir.filePath(name);
+    const print_result printed = print_report(window, path);
+    ASSERT_TRUE(printed.ok);
+    EXPECT_EQ(pdf_pages(path), report_make(window, 1.0)->pages());
+    keep_for_look(path, name);
 }
 
 // A spectrum of a holmium filter's kind: six bands over a low background, 330..1100 nm, ABS.

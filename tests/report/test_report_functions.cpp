@@ -79,6 +79,7 @@ TEST_F(ReportFunctions, PhotometryPrintsSelectedRowsWithZeroMarksAndExportsEvery
     EXPECT_LT(placed[static_cast<std::size_t>(at + 4)].at.x(),
               placed[static_cast<std::size_t>(at + 5)].at.x());
 
+    expect_pdf_like_preview(w, data_, "photometry_report.pdf");
     const QJsonArray book = read_workbook(export_as(w, "photo"));
     ASSERT_EQ(sheet_names(book), QStringList{"Read data"});
     const QJsonArray rows = sheet(book, "Read data")["rows"].toArray();
@@ -115,6 +116,8 @@ TEST_F(ReportFunctions, TimescanSheetsHoldEachRunAtItsTimes) {
     EXPECT_TRUE(t.contains("Span time = 28.0 sec"));
     EXPECT_TRUE(t.contains("Time(sec)"));
     EXPECT_TRUE(page->footers().empty());
+    timescan_setup.ts_print_flag = {1, 1, 1, 1, 1, 1};
+    expect_pdf_like_preview(w, data_, "timescan_report.pdf");
 }
 
 TEST_F(ReportFunctions, TimescanIntervalPrintsItsSelectedReadRows) {
@@ -136,6 +139,7 @@ TEST_F(ReportFunctions, TimescanIntervalPrintsItsSelectedReadRows) {
     EXPECT_EQ(rows, (QStringList{"1", "0.0", "0.1000", "2", "1.0", "0.2000", "3", "3.0", "0.4000", "4", "4.0",
                                  "0.5000"}));
     EXPECT_TRUE(t.contains("Function = TIMESCAN-Fixed interval"));
+    expect_pdf_like_preview(w, data_, "timescan2_report.pdf");
     const QJsonArray book = read_workbook(export_as(w, "long"));
     EXPECT_EQ(sheet(book, "Read data")["rows"].toArray()[3].toArray(), (QJsonArray{"3  X", "2.0", "0.3000"}));
 }
@@ -163,6 +167,8 @@ TEST_F(ReportFunctions, QuantitativeSamplesAlwaysPrintAndTheEquationSheetHasItsF
     EXPECT_EQ(t.mid(at + 7), (QStringList{"1", "0.100", "1.000", "2", "0.300", "3.000"}));
     EXPECT_FALSE(t.contains("Standard data"));
 
+    quant.print_flags = {1, 1, 1, 1};
+    expect_pdf_like_preview(w, data_, "quant_report.pdf");
     const QJsonArray book = read_workbook(export_as(w, "assay"));
     ASSERT_EQ(sheet_names(book), (QStringList{"Standard data", "Sample data", "Equation"}));
     QStringList eq;

@@ -120,12 +120,14 @@ TEST_F(ReportSpectrum, PreviewZoomsInStepsAndPagesWithinThePicture) {
     for (int i = 0; i < 4; ++i)
         preview.zoom_out();
     EXPECT_DOUBLE_EQ(preview.report_scale(), 0.25);
+    keep_for_look(preview.grab().toImage(), "preview_025.png");
     EXPECT_EQ(preview.page()->k(), 4);
     for (int i = 0; i < 5; ++i)
         preview.zoom_in();
     EXPECT_DOUBLE_EQ(preview.report_scale(), 1.0);
     const int height = preview.picReport()->height();
     EXPECT_EQ(height, static_cast<int>(std::ceil(preview.page()->height() * 96 / 1440)));
+    keep_for_look(preview.grab().toImage(), "preview_100.png");
     preview.page_up();
     EXPECT_EQ(preview.picReport()->y(), 0);
     for (int i = 0; i < 100; ++i)
