@@ -41,6 +41,9 @@ void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_button
 struct quick_print_hooks {
     // The setup dialog's settings as its boxes stand.
     std::function<void(QDialog* dialog)> parameter;
+    // A result window's graph alone, and its tables alone (its cmdQuickPrint(0) and (1)).
+    std::function<void(QWidget* window)> graph;
+    std::function<void(QWidget* window)> data;
 };
 extern quick_print_hooks quick_print;
 

@@ -145,6 +145,12 @@ void QuickPrintData(function_window& window) {
 
 void install_quick_print() {
     quick_print.parameter = [](QDialog* dialog) { QuickPrintParameter(dialog); };
+    quick_print.graph = [](QWidget* window) {
+        if (auto* w = qobject_cast<function_window*>(window)) QuickPrintGraph(*w);
+    };
+    quick_print.data = [](QWidget* window) {
+        if (auto* w = qobject_cast<function_window*>(window)) QuickPrintData(*w);
+    };
 }
 
 } // namespace lumora

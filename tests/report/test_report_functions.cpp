@@ -116,6 +116,16 @@ TEST_F(ReportFunctions, TimescanSheetsHoldEachRunAtItsTimes) {
     EXPECT_TRUE(t.contains("Span time = 28.0 sec"));
     EXPECT_TRUE(t.contains("Time(sec)"));
     EXPECT_TRUE(page->footers().empty());
+    // The quick prints: the tables alone, every one whatever the flags, with no title and no
+    // footer; the graph alone with no parameter text.
+    const QStringList data = texts_of(*quick_data_page(w));
+    EXPECT_EQ(data, (QStringList{"Track data",  "No.", "Time", "Value", "No.", "Time", "Value",
+                                 "Peak data",   "No.", "Time", "Value", "No.", "Time", "Value",
+                                 "Valley data", "No.", "Time", "Value", "No.", "Time", "Value"}));
+    const QStringList graph = texts_of(*quick_graph_page(w));
+    EXPECT_TRUE(graph.contains("Time(sec)"));
+    EXPECT_FALSE(graph.join('|').contains("Function ="));
+    EXPECT_FALSE(graph.contains("My laboratory"));
     timescan_setup.ts_print_flag = {1, 1, 1, 1, 1, 1};
     expect_pdf_like_preview(w, data_, "timescan_report.pdf");
 }

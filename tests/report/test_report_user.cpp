@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QPrinterInfo>
 
@@ -73,6 +74,18 @@ TEST(ReportUser, HolmiumSpectrumToPreviewPaperAndWorkbook) {
     ASSERT_EQ(read.size(), 771);
     EXPECT_EQ(read[0].toArray()[0].toString(), "330nm");
     EXPECT_EQ(read[770].toArray()[0].toString(), "1100nm");
+
+    // A printer that cannot start (here: the PDF's folder cannot be made) answers through the menu.
+    QFile blocker(data.filePath("not_a_folder"));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    qputenv("LUMORA_DATA_DIR", data.filePath("not_a_folder/sub").toLocal8Bit());
+    prompts::clear_shown();
+    s.rig.window->toolbar_button(16)->trigger(); // "Print"
+    ASSERT_EQ(prompts::shown().size(), 1u);
+    EXPECT_EQ(prompts::shown()[0].title, "Warning");
+    EXPECT_EQ(prompts::shown()[0].text, "Printer failed, please check the printer!");
+    qputenv("LUMORA_DATA_DIR", data.path().toLocal8Bit());
     prompts::unscript();
 }
 
