@@ -59,7 +59,8 @@ QStringList parameter_lines() {
 // The column step across the page: the row number at 50 and up to eleven columns after it.
 constexpr int column_step = 55;
 
-void photometry_rows(report_page& page, const grid& table, bool header) {
+// The report heads the R column "  R", the quick print "R".
+void photometry_rows(report_page& page, const grid& table, const QString& r_head) {
     const PhotometrySetup& s = photometry_setup;
     const PhotometryRun& r = photometry_run;
     const int n = lambda_count();
@@ -71,13 +72,11 @@ void photometry_rows(report_page& page, const grid& table, bool header) {
             page.text((50 + column_step * i) * k, page.y, cells[i]);
         page.y += page.text_height();
     };
-    if (header) {
-        QStringList head{QStringLiteral("No.")};
-        for (int i = 0; i < n; ++i)
-            head << format_text(s.ph_lambda[static_cast<std::size_t>(i)], "0nm");
-        if (s.ph_advanced == 1) head << QStringLiteral("  R");
-        line(head);
-    }
+    QStringList head{QStringLiteral("No.")};
+    for (int i = 0; i < n; ++i)
+        head << format_text(s.ph_lambda[static_cast<std::size_t>(i)], "0nm");
+    if (s.ph_advanced == 1) head << r_head;
+    line(head);
     const int rows = (r.ph_data_count + n - 1) / n;
     for (int row = 1; row <= rows; ++row) {
         const auto& mark = r.ph_marks[static_cast<std::size_t>((row - 1) * n)];
@@ -98,7 +97,7 @@ void body(function_window& window, report_page& page) {
         page.y = 200.0 * page.k();
     if (flags[3] == 1) {
         report_section(page, QStringLiteral("Output data"));
-        photometry_rows(page, w.fgdData(), true);
+        photometry_rows(page, w.fgdData(), QStringLiteral("  R"));
     }
 }
 
@@ -124,7 +123,7 @@ report_piece photometry_report() {
     p.body = body;
     p.tables = [](function_window& w, report_page& page) {
         page.set_font_size(12);
-        photometry_rows(page, static_cast<frmPhotometry&>(w).fgdData(), true);
+        photometry_rows(page, static_cast<frmPhotometry&>(w).fgdData(), QStringLiteral("R"));
     };
     p.sheets = sheets;
     return p;

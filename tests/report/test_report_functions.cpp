@@ -17,6 +17,7 @@
 #include "report_fixture.h"
 
 #include <QCheckBox>
+#include <QRegularExpression>
 
 namespace lumora::test {
 namespace {
@@ -80,6 +81,9 @@ TEST_F(ReportFunctions, PhotometryPrintsSelectedRowsWithZeroMarksAndExportsEvery
               placed[static_cast<std::size_t>(at + 5)].at.x());
 
     expect_pdf_like_preview(w, data_, "photometry_report.pdf");
+    const QString paper = pdf_page_texts(data_.filePath("photometry_report.pdf")).join('\n');
+    EXPECT_TRUE(paper.contains(QRegularExpression("\\b1-z +0\\.001 +0\\.002")));
+    EXPECT_FALSE(paper.contains("0.500"));
     const QJsonArray book = read_workbook(export_as(w, "photo"));
     ASSERT_EQ(sheet_names(book), QStringList{"Read data"});
     const QJsonArray rows = sheet(book, "Read data")["rows"].toArray();
@@ -179,6 +183,10 @@ TEST_F(ReportFunctions, QuantitativeSamplesAlwaysPrintAndTheEquationSheetHasItsF
 
     quant.print_flags = {1, 1, 1, 1};
     expect_pdf_like_preview(w, data_, "quant_report.pdf");
+    const QString paper = pdf_page_texts(data_.filePath("quant_report.pdf")).join('\n');
+    for (const char* line :
+         {"Fit type = 2nd order through zero", "Ka = 1.5000", "Kb = 0.2500", "Standard data"})
+        EXPECT_TRUE(paper.contains(line)) << line;
     const QJsonArray book = read_workbook(export_as(w, "assay"));
     ASSERT_EQ(sheet_names(book), (QStringList{"Standard data", "Sample data", "Equation"}));
     QStringList eq;
