@@ -1,5 +1,6 @@
 // The other functions' pieces: Photometry's rows across the page, both Timescans' sheets and
 // read data, Quantitative's samples and equation, and the quick print of a setup dialog.
+#include "functions/photometry/dlgPhotometry.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
 #include "functions/quantitative/frmQuant.h"
@@ -205,6 +206,20 @@ TEST_F(ReportFunctions, QuickPrintParameterReadsTheBoxesAsTheyStand) {
     dlg.Check2()->setChecked(false);
     EXPECT_EQ(quick_parameter_lines(dlg).first(), "Function = TIMESCAN-Fixed Span");
     EXPECT_GE(quick_parameter_lines(dlg).size(), 4);
+
+    reset_photometry();
+    photometry_setup.ph_lambda_count = 2;
+    photometry_setup.ph_lambda = {450, 550};
+    photometry_setup.ph_advanced = 1;
+    dlgPhotometry photo;
+    const QStringList ph = quick_parameter_lines(photo);
+    ASSERT_FALSE(ph.isEmpty());
+    EXPECT_EQ(ph.first(), "Function = PHOTOMETRY");
+    EXPECT_TRUE(ph.contains("WL1=450")) << ph.join('|').toStdString();
+    EXPECT_TRUE(ph.contains("WL2=550"));
+    EXPECT_FALSE(ph.join('|').contains("WL3="));
+    EXPECT_TRUE(ph.contains("Advanced equation"));
+    EXPECT_TRUE(ph.last().startsWith("R=")) << ph.last().toStdString();
 
     auto page = quick_parameter_page(dlg);
     bool ok = false;
