@@ -6,6 +6,7 @@
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "plot/plot_scaling.h"
+#include "report_fit.h"
 #include "report_parts.h"
 #include "report_registry.h"
 #include "workbook.h"
@@ -16,16 +17,8 @@ namespace lumora {
 
 namespace {
 
-const char* const fit_names[] = {"Fit type = 1st order through zero", "Fit type = 1st order not through zero",
-                                 "Fit type = 2nd order through zero",
-                                 "Fit type = 2nd order not through zero"};
 const char* const std_types[] = {"Standard type = Known Conc. and read ABS",
                                  "Standard type = Known Conc. and keyin ABS", "Standard type = Known factor"};
-
-// How many coefficients the fit has: Ka; Ka, Kb; Ka, Kb; Ka, Kb, Kc.
-int coefficient_count(int fit_type) {
-    return fit_type == 1 ? 1 : fit_type == 4 ? 3 : 2;
-}
 
 QStringList parameter_lines() {
     const calibration_set& c = quant.cal;
@@ -38,59 +31,12 @@ QStringList parameter_lines() {
         QStringLiteral("Unit = ") + quant.unit,
         QString::fromLatin1(std_types[std::clamp<int>(quant.std_type, 0, 2)]),
         QStringLiteral("Standard number = ") + format_text(c.std_count, "0")};
-    if (c.fit_type < 1 || c.fit_type > 4) return lines;
-    lines << QString::fromLatin1(fit_names[c.fit_type - 1]);
-    // The superscript 2 of ABS stands in the gap the plot's label leaves for it.
-    lines << QString::fromLatin1(fit_equation(c.fit_type))
-                 .replace(QStringLiteral("ABS    "), QStringLiteral("ABS\u00b2    "));
-    const double k[] = {c.fit_ka, c.fit_kb, c.fit_kc};
-    const char* names[] = {"Ka = ", "Kb = ", "Kc = "};
-    for (int i = 0; i < coefficient_count(c.fit_type); ++i)
-        lines << QString::fromLatin1(names[i]) + format_text(k[i], "0.0000");
-    lines << QStringLiteral("R\u00b2  = ") + format_text(c.fit_r2, "0.0000");
+    lines << report_fit_lines(c);
     return lines;
 }
 
 void calibration_graph(report_page& page) {
-    const calibration_set& c = quant.cal;
-    axes_text axes;
-    axes.y_caption = QStringLiteral("(ABS)");
-    axes.x_caption = QStringLiteral("Conc(") + quant.unit + QLatin1Char(')');
-    axes.y_format = "#0.000";
-    axes.x_format = "###0.000";
-    axes.round_x_labels = false;
-    report_graph g;
-    g.row_of = report_y_to_pixel;
-    g.high = c.abs_max;
-    g.low = c.abs_min;
-    g.x_low = c.conc_min;
-    g.x_high = c.conc_max > c.conc_min ? c.conc_max : c.conc_min + 1;
-    plot_view view;
-    report_draw_graph(page, view, axes, g, {});
-    const double k = page.k();
-    const double x_span = g.x_high - g.x_low;
-    auto column = [&](double conc) { return 100 + std::clamp((conc - g.x_low) / x_span * 280, 0.0, 280.0); };
-    if (c.fit_type >= 1 && c.fit_type <= 4 && c.abs_max > c.abs_min) {
-        double x1 = column(conc_from_abs(c.fit_type, c.fit_ka, c.fit_kb, c.fit_kc, c.abs_min));
-        int y1 = report_y_to_pixel(c.abs_min, c.abs_max, c.abs_min);
-        for (int i = 1; i <= 140; ++i) {
-            const double a = c.abs_min + (c.abs_max - c.abs_min) * i / 140;
-            const double x2 = column(conc_from_abs(c.fit_type, c.fit_ka, c.fit_kb, c.fit_kc, a));
-            const int y2 = report_y_to_pixel(a, c.abs_max, c.abs_min);
-            page.line(x1 * k, y1 * k, x2 * k, y2 * k, Qt::blue);
-            x1 = x2;
-            y1 = y2;
-        }
-    }
-    if (c.abs_max > c.abs_min) {
-        for (int i = 0; i < std::clamp<int>(c.std_count, 0, 20); ++i) {
-            const double x = column(c.std_conc[static_cast<std::size_t>(i)]) * k;
-            const double y =
-                report_y_to_pixel(c.std_abs[static_cast<std::size_t>(i)], c.abs_max, c.abs_min) * k;
-            page.line(x - 3 * k, y, x + 3 * k, y, Qt::red);
-            page.line(x, y - 3 * k, x, y + 3 * k, Qt::red);
-        }
-    }
+    report_calibration_graph(page, quant.cal, quant.unit);
 }
 
 void tables(function_window& window, report_page& page, bool all) {
@@ -133,27 +79,11 @@ void body(function_window& window, report_page& page) {
 
 } // namespace
 
-// The equation sheet: the plot's label, the coefficients the fit has and R2, a line a row.
-void quant_equation_sheet(workbook& book) {
-    auto& sheet = book.add_sheet(QStringLiteral("Equation"));
-    const calibration_set& c = quant.cal;
-    if (c.fit_type < 1 || c.fit_type > 4) return;
-    int row = 0;
-    std::string label = fit_equation(c.fit_type);
-    if (const auto gap = label.find("ABS    "); gap != std::string::npos) label.replace(gap, 3, "ABS2");
-    sheet.set(row++, 0, label);
-    const double k[] = {c.fit_ka, c.fit_kb, c.fit_kc};
-    const char* names[] = {"Ka = ", "Kb = ", "Kc = "};
-    for (int i = 0; i < coefficient_count(c.fit_type); ++i)
-        sheet.set(row++, 0, std::string(names[i]) + format_number(k[i], "0.0000"));
-    sheet.set(row, 0, "R2   =" + format_number(c.fit_r2, "0.0000"));
-}
-
 namespace {
 
 void sheets(function_window& window, workbook& book) {
     auto& w = static_cast<frmQuant&>(window);
-    quant_equation_sheet(book);
+    equation_sheet(book, quant.cal);
     copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), quant.sample_count);
     copy_grid(w.fgdData(), book.add_sheet(QStringLiteral("Standard data")), quant.cal.std_count);
 }
