@@ -1,4 +1,5 @@
 #include "frmMain.h"
+#include "report/quick_print.h"
 
 #include "frmAbout.h"
 #include "functions/frmLambda.h"
@@ -58,6 +59,7 @@ template <class F> void guarded(F&& body) {
 frmMain::frmMain(std::unique_ptr<comm_backend> backend, QWidget* parent)
     : QMainWindow(parent), port_(std::make_unique<comm_port>(std::move(backend))) {
     setObjectName(QStringLiteral("frmMain"));
+    install_quick_print(); // the setup dialogs' "Quick print"
     setWindowIcon(QIcon(program_picture(64, 2.0)));
     client_ = new QMdiArea(this);
     client_->setObjectName(QStringLiteral("mdiClient"));

@@ -8,6 +8,10 @@
 #include "platform/comm_port.h"
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
+#include "report/export_excel.h"
+#include "report/frmReport.h"
+#include "report/quick_print.h"
+#include "report/report_make.h"
 #include "system/dlgSystem.h"
 #include "system/frmVerify.h"
 
@@ -167,16 +171,40 @@ bool frmMain::function_with_data_check() {
     return true;
 }
 
+namespace {
+
+// The one report preview; a new one replaces it.
+QPointer<frmReport> report_window;
+
+} // namespace
+
 void frmMain::mnuFilePrintPreview_Click() {
-    if (function_with_data_check()) function_->run(toolbar_routine::report_preview);
+    if (!function_with_data_check()) return;
+    if (report_window) report_window->close();
+    QPointer<function_window> fn = function_;
+    // The preview draws the function's report at its scale, which starts at 0.5.
+    report_window = new frmReport(
+        [fn](double scale) { return fn ? report_make(*fn, scale) : std::unique_ptr<report_page>(); }, this);
+    report_window->show();
 }
 
 void frmMain::mnuFilePrint_Click() {
-    if (function_with_data_check()) function_->run(toolbar_routine::report_print);
+    if (!function_with_data_check()) return;
+    const print_result printed = print_report(*function_);
+    if (!printed.ok) {
+        prompts::message_box(QStringLiteral("Printer failed, please check the printer!"),
+                             box_icon::exclamation, QStringLiteral("Warning"));
+        return;
+    }
+    if (!printed.pdf_path.isEmpty()) status_->set_text(6, QStringLiteral("Printed to ") + printed.pdf_path);
 }
 
 void frmMain::mnuFileExport_Click() {
-    function_with_data_check();
+    if (!function_with_data_check()) return;
+    begin_exchange();
+    export_excel(*function_);
+    shared.measure_mode = mm_lambda_panel;
+    toolbar_enable_for(shared.function_id);
 }
 
 void frmMain::tbToolBar_ButtonClick(const QString& key) {

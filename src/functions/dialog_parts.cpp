@@ -9,6 +9,8 @@
 
 namespace lumora {
 
+quick_print_hooks quick_print;
+
 QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name) {
     auto* label = new QLabel(text, parent);
     label->setObjectName(name);
@@ -34,7 +36,9 @@ void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_button
         return p;
     };
     auto* row = new QHBoxLayout;
-    row->addWidget(button("Quick print", "cmdQuickPrint", nullptr));
+    row->addWidget(button("Quick print", "cmdQuickPrint", [dialog] {
+        if (quick_print.parameter) quick_print.parameter(dialog);
+    }));
     if (b.clear) row->addWidget(button("Clear data", "cmdClear", b.clear));
     row->addStretch();
     QPushButton* ok = button("OK", "cmdOk", b.ok);

@@ -36,4 +36,15 @@ struct dialog_buttons {
 };
 void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& buttons);
 
+// What the "Quick print" buttons reach; the report library fills it, so the functions never
+// include its headers. An empty hook leaves the button without effect.
+struct quick_print_hooks {
+    // The setup dialog's settings as its boxes stand.
+    std::function<void(QDialog* dialog)> parameter;
+    // A result window's graph alone, and its tables alone (its cmdQuickPrint(0) and (1)).
+    std::function<void(QWidget* window)> graph;
+    std::function<void(QWidget* window)> data;
+};
+extern quick_print_hooks quick_print;
+
 } // namespace lumora
