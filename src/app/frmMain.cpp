@@ -12,6 +12,7 @@
 #include "link/response_decoder.h"
 #include "link/shared_state.h"
 #include "link/trace.h"
+#include "open_data_menu.h"
 #include "platform/app_settings.h"
 #include "platform/comm_port.h"
 #include "platform/numeric_text.h"
@@ -115,6 +116,8 @@ void frmMain::build_menus() {
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar1"));
     connect(add_item(file, "mnuFileExport", "Data export to Excel"), &QAction::triggered, this,
             &frmMain::mnuFileExport_Click);
+    connect(add_item(file, "mnuFileOpenData", "Export data (CSV, JCAMP-DX)..."), &QAction::triggered, this,
+            [this] { export_open_data(*this); });
     file->addSeparator()->setObjectName(QStringLiteral("mnuFileBar2"));
     connect(add_item(file, "mnuFilePrintPreview", "Report preview"), &QAction::triggered, this,
             &frmMain::mnuFilePrintPreview_Click);

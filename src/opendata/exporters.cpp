@@ -1,0 +1,57 @@
+#include "exporters.h"
+
+#include "link/shared_state.h"
+#include "store/batches.h"
+
+#include <QCoreApplication>
+
+namespace lumora::opendata {
+
+QString iso_time(const QDateTime& time) {
+    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODate);
+}
+
+context_lines common_context(const QString& function_caption, const export_source& source,
+                             const QString& laboratory, const QString& subject, const QString& op,
+                             const QString& remark) {
+    context_lines c;
+    c.emplace_back(QStringLiteral("program"), QStringLiteral("Lumora " LUMORA_VERSION));
+    c.emplace_back(QStringLiteral("function"), function_caption);
+    if (!source.batch.isEmpty()) {
+        c.emplace_back(QStringLiteral("batch"), source.batch);
+        c.emplace_back(QStringLiteral("saved by"), source.saved_by);
+        c.emplace_back(QStringLiteral("saved at"), source.saved_at.isValid()
+                                                       ? iso_time(source.saved_at)
+                                                       : QStringLiteral("not recorded"));
+    }
+    c.emplace_back(QStringLiteral("exported at"), iso_time(QDateTime::currentDateTime()));
+    c.emplace_back(QStringLiteral("laboratory"), laboratory);
+    c.emplace_back(QStringLiteral("subject"), subject);
+    c.emplace_back(QStringLiteral("operator"), op);
+    if (!remark.isEmpty()) c.emplace_back(QStringLiteral("remark"), remark);
+    return c;
+}
+
+const std::vector<function_export>& exports() {
+    // Kinetic and Protein join here with their own routine.
+    static const std::vector<function_export> table{
+        {fid_photometry, false, photometry_export},       {fid_spectrum, true, spectrum_export},
+        {fid_timescan, false, timescan_export},           {fid_quantitative, false, quant_export},
+        {fid_timescan2, false, timescan_interval_export},
+    };
+    return table;
+}
+
+const function_export* export_for(int function_id) {
+    for (const function_export& e : exports())
+        if (e.function_id == function_id) return &e;
+    return nullptr;
+}
+
+const function_export* export_for(const QString& name) {
+    for (const function_export& e : exports())
+        if (batch_function_name(e.function_id).compare(name, Qt::CaseInsensitive) == 0) return &e;
+    return nullptr;
+}
+
+} // namespace lumora::opendata
