@@ -50,4 +50,24 @@ void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_button
     layout->addLayout(row);
 }
 
+QBoxLayout* quick_print_buttons(QWidget* window, bool graph) {
+    auto* row = new QHBoxLayout;
+    const auto add = [&](int index, const QString& purpose, void (*print)(QWidget*)) {
+        auto* p = new QPushButton(QStringLiteral("Quick print"), window);
+        p->setObjectName(QStringLiteral("cmdQuickPrint_%1").arg(index));
+        p->setAccessibleDescription(purpose); // two buttons share the caption
+        QObject::connect(p, &QPushButton::clicked, window, [window, print] { print(window); });
+        row->addWidget(p);
+    };
+    if (graph)
+        add(0, QStringLiteral("Prints the graph alone"), [](QWidget* w) {
+            if (quick_print.graph) quick_print.graph(w);
+        });
+    add(1, QStringLiteral("Prints the tables alone"), [](QWidget* w) {
+        if (quick_print.data) quick_print.data(w);
+    });
+    row->addStretch();
+    return row;
+}
+
 } // namespace lumora

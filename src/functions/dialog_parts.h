@@ -36,6 +36,10 @@ struct dialog_buttons {
 };
 void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& buttons);
 
+// A result window's "Quick print" buttons in a row: cmdQuickPrint_0 prints the graph alone,
+// cmdQuickPrint_1 the tables alone. Without `graph` only the second (Photometry's one button).
+QBoxLayout* quick_print_buttons(QWidget* window, bool graph);
+
 // What the "Quick print" buttons reach; the report library fills it, so the functions never
 // include its headers. An empty hook leaves the button without effect.
 struct quick_print_hooks {

@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPrinter>
 #include <QPrinterInfo>
@@ -38,10 +39,13 @@ bool print_pages(const report_page& page, QPrinter& printer) {
 }
 
 QString pdf_path_for(const QString& what) {
-    return QDir(data_folder())
-        .filePath(what + QLatin1Char('_') +
-                  QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss")) +
-                  QStringLiteral(".pdf"));
+    // Two prints within a second each keep their own file.
+    const QString stem = QDir(data_folder()).filePath(
+        what + QLatin1Char('_') + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss")));
+    QString path = stem + QStringLiteral(".pdf");
+    for (int n = 2; QFileInfo::exists(path); ++n)
+        path = stem + QLatin1Char('-') + QString::number(n) + QStringLiteral(".pdf");
+    return path;
 }
 
 print_result print_report(function_window& window, const QString& pdf_path) {

@@ -18,7 +18,10 @@
 #include "report_fixture.h"
 
 #include <QCheckBox>
+#include <QDir>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QTest>
 
 namespace lumora::test {
 namespace {
@@ -133,6 +136,18 @@ TEST_F(ReportFunctions, TimescanSheetsHoldEachRunAtItsTimes) {
     EXPECT_FALSE(graph.contains("My laboratory"));
     timescan_setup.ts_print_flag = {1, 1, 1, 1, 1, 1};
     expect_pdf_like_preview(w, data_, "timescan_report.pdf");
+
+    // The window's own buttons: with no printer each prints to a PDF in the data folder.
+    install_quick_print();
+    const auto pdfs = [&] { return QDir(data_.path()).entryList({"*.pdf"}, QDir::Files).size(); };
+    const qsizetype before = pdfs();
+    auto* graph_button = w.findChild<QPushButton*>("cmdQuickPrint_0");
+    auto* data_button = w.findChild<QPushButton*>("cmdQuickPrint_1");
+    ASSERT_TRUE(graph_button && data_button);
+    QTest::mouseClick(graph_button, Qt::LeftButton);
+    EXPECT_EQ(pdfs(), before + 1) << "the graph alone";
+    QTest::mouseClick(data_button, Qt::LeftButton);
+    EXPECT_EQ(pdfs(), before + 2) << "the tables alone";
 }
 
 TEST_F(ReportFunctions, TimescanIntervalPrintsItsSelectedReadRows) {

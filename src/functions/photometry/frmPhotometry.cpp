@@ -1,4 +1,5 @@
 #include "frmPhotometry.h"
+#include "functions/dialog_parts.h"
 
 #include "dlgPhotometry.h"
 #include "link/command_ring.h"
@@ -41,6 +42,7 @@ frmPhotometry::frmPhotometry(const function_entry& entry, QWidget* parent) : fun
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(grid_);
+    layout->addLayout(quick_print_buttons(this, false));
     connect(grid_, &QTableWidget::cellClicked, this, [this](int row, int) { fgdData_Click(row); });
 
     cycle_timer_.setSingleShot(true);

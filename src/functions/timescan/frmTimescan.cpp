@@ -1,4 +1,5 @@
 #include "frmTimescan.h"
+#include "functions/dialog_parts.h"
 #include "functions/mark_rows.h"
 
 #include "dlgTimescan.h"
@@ -69,6 +70,7 @@ frmTimescan::frmTimescan(const function_entry& entry, QWidget* parent) : functio
     scroll_->setMinimumHeight(350); // the whole square with its labels
     layout->addWidget(labels_[0]);
     layout->addWidget(labels_[1]);
+    layout->addLayout(quick_print_buttons(this, true));
     layout->addWidget(tabs_);
     for (int i = 0; i < 3; ++i) {
         tabs_->addTab(QString::fromLatin1(captions[i]));
