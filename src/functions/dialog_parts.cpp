@@ -3,6 +3,8 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QDialog>
+#include <QFormLayout>
+#include <QLineEdit>
 #include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
@@ -26,6 +28,28 @@ void add_print_checks(const char* const* texts, std::size_t count, QWidget* pare
         out[i] = c;
         layout->addWidget(c);
     }
+}
+
+void add_report_tab(QTabWidget* tabs, std::array<QLineEdit*, 4>& texts, const char* const* prints,
+                    std::size_t count, QCheckBox** checks, bool heading) {
+    auto* report = new QWidget;
+    report->setObjectName(QStringLiteral("Frame1_2"));
+    auto* layout = new QVBoxLayout(report);
+    auto* form = new QFormLayout;
+    const char* labels[4] = {"Laboratory=", "Subject=", "Operator=", "Remark="};
+    for (std::size_t i = 0; i < 4; ++i) {
+        auto* t = new QLineEdit(report);
+        t->setObjectName(QStringLiteral("txtReport_%1").arg(i));
+        t->setToolTip(QStringLiteral("Enter text"));
+        texts[i] = t;
+        form->addRow(buddy_label(QString::fromLatin1(labels[i]), t, report, QStringLiteral("lblReport_%1").arg(i)),
+                     t);
+    }
+    layout->addLayout(form);
+    if (heading) layout->addWidget(new QLabel(QStringLiteral("Additional printing:"), report));
+    add_print_checks(prints, count, report, layout, checks);
+    layout->addStretch();
+    tabs->addTab(report, QStringLiteral("Report"));
 }
 
 void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& b) {

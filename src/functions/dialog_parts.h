@@ -10,6 +10,7 @@ class QBoxLayout;
 class QCheckBox;
 class QDialog;
 class QLabel;
+class QLineEdit;
 class QTabWidget;
 class QWidget;
 
@@ -25,6 +26,16 @@ template <std::size_t N>
 void add_print_checks(const char* const (&texts)[N], QWidget* parent, QBoxLayout* layout,
                       std::array<QCheckBox*, N>& out) {
     add_print_checks(texts, N, parent, layout, out.data());
+}
+
+// The "Report" tab: the four report texts "Laboratory=" ... "Remark=" (txtReport_0..3) and under
+// them the print boxes, with "Additional printing:" above the boxes when `heading` is set.
+void add_report_tab(QTabWidget* tabs, std::array<QLineEdit*, 4>& texts, const char* const* prints,
+                    std::size_t count, QCheckBox** checks, bool heading = false);
+template <std::size_t N>
+void add_report_tab(QTabWidget* tabs, std::array<QLineEdit*, 4>& texts, const char* const (&prints)[N],
+                    std::array<QCheckBox*, N>& checks, bool heading = false) {
+    add_report_tab(tabs, texts, prints, N, checks.data(), heading);
 }
 
 // The dialog's layout: the tabs above "Quick print", "Clear data" (only when `clear` is given),

@@ -161,27 +161,9 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     std_layout->addWidget(clear, 0, Qt::AlignLeft);
     tabs_->addTab(standard, QStringLiteral("Standard"));
 
-    // Report
-    auto* report = new QWidget;
-    report->setObjectName(QStringLiteral("Frame1_2"));
-    auto* report_layout = new QVBoxLayout(report);
-    auto* report_form = new QFormLayout;
-    const char* report_labels[4] = {"Laboratory=", "Subject=", "Operator=", "Remark="};
-    for (int i = 0; i < 4; ++i) {
-        auto* t = new QLineEdit(report);
-        t->setObjectName(QStringLiteral("txtReport_%1").arg(i));
-        t->setToolTip(QStringLiteral("Enter text"));
-        txt_report_[static_cast<std::size_t>(i)] = t;
-        report_form->addRow(buddy_label(QString::fromLatin1(report_labels[i]), t, report,
-                                        QStringLiteral("lblReport_%1").arg(i)),
-                            t);
-    }
-    report_layout->addLayout(report_form);
     const char* prints[4] = {"Print present date.", "Print page number.", "Print parameter setup.",
                              "Print standard data."};
-    add_print_checks(prints, report, report_layout, check1_);
-    report_layout->addStretch();
-    tabs_->addTab(report, QStringLiteral("Report"));
+    add_report_tab(tabs_, txt_report_, prints, check1_);
 
     lay_out_setup_dialog(this, tabs_, {nullptr, [this] { cmdOk_Click(); }, [this] { cmdCancel_Click(); }});
     resize(440, 440);
