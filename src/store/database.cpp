@@ -58,7 +58,10 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
          "CREATE TABLE parameter (BatchName TEXT, FunctionName TEXT, ParaSeqNo INTEGER, ParaValue TEXT)"},
         {"data_batch", "CREATE INDEX data_batch ON data (FunctionName, BatchName)"},
         {"parameter_batch", "CREATE INDEX parameter_batch ON parameter (FunctionName, BatchName)"},
-        {"system_name", "CREATE INDEX system_name ON system (ParaName)"}};
+        {"system_name", "CREATE INDEX system_name ON system (ParaName)"},
+        {"verification", "CREATE TABLE verification (RunTime TEXT, Operator TEXT, CheckName TEXT, "
+                         "Reference TEXT, Tolerance TEXT, Value REAL, Verdict TEXT, FullRun INTEGER, "
+                         "RawPoints TEXT)"}};
     for (const auto& [name, sql] : schema)
         if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
             exec_or_throw(q, QString::fromLatin1(sql), {});
