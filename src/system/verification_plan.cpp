@@ -199,7 +199,9 @@ QString verdict_text(processing::verdict v) {
 
 bool verification_due(const std::optional<QDateTime>& last_full_run, const QDateTime& now,
                       int interval_days) {
-    if (!last_full_run || !last_full_run->isValid()) return true;
+    // An instrument never verified in this program has no date to be overdue from: the first run is the
+    // lab's own decision, and a fresh installation does not greet every start with a box.
+    if (!last_full_run || !last_full_run->isValid()) return false;
     return last_full_run->addDays(interval_days) < now;
 }
 

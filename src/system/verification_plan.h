@@ -108,7 +108,8 @@ struct check_result {
 
 QString verdict_text(processing::verdict v);
 
-// The reminder after start-up: due when no full run was ever made or the last is older than the interval.
+// The reminder after start-up: due when the last full run is older than the interval; never when
+// there has been no full run yet.
 bool verification_due(const std::optional<QDateTime>& last_full_run, const QDateTime& now, int interval_days);
 QString verification_due_text(const std::optional<QDateTime>& last_full_run);
 

@@ -52,6 +52,26 @@ double worst_deviation(double current, double candidate) {
 
 } // namespace
 
+std::pair<double, double> trend_band(verification_check c, const verification_settings& s) {
+    switch (c) {
+    case verification_check::wavelength:
+        return {-s.wavelength_tol_below_400, s.wavelength_tol_below_400};
+    case verification_check::absorbance:
+        return {-s.absorbance_tol, s.absorbance_tol};
+    case verification_check::linearity:
+        return {s.linearity_min_r, 1.0};
+    case verification_check::stray_light:
+        return {s.stray_min_a, 5.0};
+    case verification_check::resolution:
+        return {s.bandwidth_nominal - s.bandwidth_tol, s.bandwidth_nominal + s.bandwidth_tol};
+    case verification_check::noise_flatness:
+        return {0, s.flatness_tol};
+    case verification_check::drift:
+        return {-s.drift_max, s.drift_max};
+    }
+    return {0, 0};
+}
+
 QString beam_prompt(const beam_material& m) {
     return QStringLiteral("Put the ") + m.name + QStringLiteral(" in the sample position, then press OK.");
 }

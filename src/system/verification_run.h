@@ -41,6 +41,9 @@ public:
     virtual std::optional<verify_points_array> bandwidth_scan() = 0;
 };
 
+// The band a check's trend is drawn against, from the settings.
+std::pair<double, double> trend_band(verification_check c, const verification_settings& s);
+
 // The text of the prompt for a material.
 QString beam_prompt(const beam_material& m);
 

@@ -156,9 +156,9 @@ TEST(VerificationSettings, TheLabsValuesRoundTripAndBadOnesAreNamed) {
     EXPECT_EQ(why, QStringLiteral("Tolerances must be greater than 0."));
 }
 
-TEST(DueReminder, DueWhenNeverRunOrOlderThanTheInterval) {
+TEST(DueReminder, DueWhenTheLastFullRunIsOlderThanTheInterval) {
     const QDateTime now(QDate(2026, 6, 1), QTime(9, 0));
-    EXPECT_TRUE(verification_due(std::nullopt, now, 90));
+    EXPECT_FALSE(verification_due(std::nullopt, now, 90));
     EXPECT_FALSE(verification_due(now.addDays(-90), now, 90));
     EXPECT_TRUE(verification_due(now.addDays(-90).addSecs(-60), now, 90));
     EXPECT_FALSE(verification_due(now.addDays(-29), now, 30));
