@@ -81,7 +81,7 @@ QString reference_text(verification_check c, const verification_settings& s) {
 QString tolerance_text(verification_check c, const verification_settings& s) {
     switch (c) {
     case verification_check::wavelength:
-        return QStringLiteral("+-%1 nm below 400 nm, +-%2 nm from 400 nm")
+        return QStringLiteral("+-%1 nm below 400 nm, +-%2 nm above")
             .arg(s.wavelength_tol_below_400)
             .arg(s.wavelength_tol_from_400);
     case verification_check::absorbance:
@@ -124,6 +124,10 @@ frmPerformance::frmPerformance(QWidget* parent) : QDialog(parent) {
                                         QStringLiteral("Tolerance"), QStringLiteral("Last result"),
                                         QStringLiteral("Date"), QStringLiteral("Verdict")});
     checks_->verticalHeader()->hide();
+    checks_->setWordWrap(false);
+    checks_->horizontalHeader()->setStretchLastSection(true);
+    for (int col = col_check; col < col_verdict; ++col)
+        checks_->horizontalHeader()->setSectionResizeMode(col, QHeaderView::ResizeToContents);
     checks_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     checks_->setSelectionBehavior(QAbstractItemView::SelectRows);
     v->addWidget(checks_);
@@ -172,7 +176,7 @@ frmPerformance::frmPerformance(QWidget* parent) : QDialog(parent) {
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs_);
-    resize(900, 520);
+    resize(1180, 520);
 
     connect(run_, &QPushButton::clicked, this, &frmPerformance::cmdRun_Click);
     connect(stop_button_, &QPushButton::clicked, this, &frmPerformance::cmdStop_Click);
@@ -253,7 +257,6 @@ void frmPerformance::fill_checks() {
                 break;
             }
     }
-    checks_->resizeColumnsToContents();
 }
 
 void frmPerformance::fill_settings() {

@@ -66,37 +66,46 @@ QString write_certificate(const QString& path, const certificate& c) {
     }
     y += 16;
 
-    // Columns: check, reference, tolerance, value, verdict.
-    const int cols[] = {margin, margin + 210, margin + 560, margin + 720, width - margin - 70};
-    const auto row = [&](const QString(&cells)[5], const QColor& verdict_colour) {
-        for (int i = 0; i < 5; ++i) {
-            if (i == 4) p.setPen(verdict_colour);
-            const int w = (i < 4 ? cols[i + 1] : width - margin) - cols[i] - 8;
-            p.drawText(QRect(cols[i], y - 16, w, 22), Qt::AlignLeft | Qt::AlignVCenter,
-                       p.fontMetrics().elidedText(cells[i], Qt::ElideRight, w));
-            p.setPen(Qt::black);
-        }
+    // Columns: reference, tolerance, value, verdict; a check's name heads its items across the page.
+    const int cols[] = {margin + 24, margin + 560, margin + 790, width - margin - 90};
+    const auto cell = [&](int x, int right, const QString& text, const QColor& colour) {
+        const int w = right - x - 10;
+        p.setPen(colour);
+        p.drawText(QRect(x, y - 16, w, 22), Qt::AlignLeft | Qt::AlignVCenter,
+                   p.fontMetrics().elidedText(text, Qt::ElideRight, w));
+        p.setPen(Qt::black);
+    };
+    const auto row = [&](const QString& reference, const QString& tolerance, const QString& value,
+                         const QString& verdict) {
+        cell(cols[0], cols[1], reference, Qt::black);
+        cell(cols[1], cols[2], tolerance, Qt::black);
+        cell(cols[2], cols[3], value, Qt::black);
+        cell(cols[3], width - margin + 10, verdict, verdict_color(verdict));
         y += 22;
     };
     p.setFont(bold);
-    row({QStringLiteral("Check"), QStringLiteral("Reference"), QStringLiteral("Tolerance"),
-         QStringLiteral("Value"), QStringLiteral("Verdict")},
-        Qt::black);
+    row(QStringLiteral("Check and reference"), QStringLiteral("Tolerance"), QStringLiteral("Value"),
+        QStringLiteral("Verdict"));
     p.drawLine(margin, y - 14, width - margin, y - 14);
-    p.setFont(body);
     for (const check_result& r : c.results) {
-        p.setFont(bold);
-        row({check_name(r.check), r.why, {}, {}, verdict_text(r.verdict)},
-            verdict_color(verdict_text(r.verdict)));
-        p.setFont(body);
-        for (const check_item& i : r.items)
-            row({QString(), i.reference, i.tolerance, i.value, verdict_text(i.verdict)},
-                verdict_color(verdict_text(i.verdict)));
         y += 4;
-        if (y > pdf.height() - 200) {
-            pdf.newPage();
-            y = 60;
+        p.setFont(bold);
+        cell(margin, cols[3],
+             check_name(r.check) + (r.why.isEmpty() ? QString() : QStringLiteral(": ") + r.why), Qt::black);
+        cell(cols[3], width - margin + 10, verdict_text(r.verdict), verdict_color(verdict_text(r.verdict)));
+        y += 22;
+        p.setFont(body);
+        for (const check_item& i : r.items) {
+            row(i.reference, i.tolerance, i.value, verdict_text(i.verdict));
+            if (y > pdf.height() - 60) {
+                pdf.newPage();
+                y = 60;
+            }
         }
+    }
+    if (y > pdf.height() - 220) {
+        pdf.newPage();
+        y = 60;
     }
     y += 20;
     const processing::verdict overall = overall_verdict(c.results);

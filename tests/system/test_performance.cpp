@@ -107,6 +107,32 @@ TEST(PerformanceWindow, ATrueInstrumentPassesEveryCheckAndTheRunIsStoredAndCerti
     ASSERT_TRUE(pdf.open(QIODevice::ReadOnly)) << r.window->certificate_path().toStdString();
     EXPECT_TRUE(pdf.read(5) == "%PDF-");
     EXPECT_EQ(r.rig.panel(6), r.window->certificate_path());
+    pdf.remove();
+}
+
+TEST(PerformanceWindow, TheSettingsTabRefusesABadValueAndKeepsAGoodOneForTheNextWindow) {
+    performance_rig r;
+    QTableWidget* t = r.window->tblSettings();
+    const auto row_of = [t](const QString& name) {
+        for (int i = 0; i < t->rowCount(); ++i)
+            if (t->item(i, 0)->text() == name) return i;
+        return -1;
+    };
+    const int drift = row_of(QStringLiteral("Drift maximum"));
+    ASSERT_GE(drift, 0);
+    t->item(drift, 1)->setText(QStringLiteral("two"));
+    r.window->cmdSaveSettings_Click();
+    EXPECT_EQ(prompts::shown().back().text, QStringLiteral("Not a valid value: Drift maximum."));
+    EXPECT_EQ(r.window->settings().drift_max, 0.002);
+    EXPECT_TRUE(load_verification_settings().empty());
+
+    t->item(drift, 1)->setText(QStringLiteral("0.005"));
+    r.window->cmdSaveSettings_Click();
+    EXPECT_EQ(r.window->settings().drift_max, 0.005);
+    EXPECT_EQ(r.cell(6, 2), QStringLiteral("<= 0.005 A/h"));
+    r.window->close();
+    frmPerformance again;
+    EXPECT_EQ(again.settings().drift_max, 0.005);
 }
 
 TEST(PerformanceWindow, AGratingOffsetFailsTheWavelengthCheckAlone) {
