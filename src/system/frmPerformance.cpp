@@ -8,7 +8,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -209,19 +208,6 @@ QWidget* frmPerformance::picTrend() const {
 }
 
 std::unique_ptr<verification_instrument> frmPerformance::link_instrument() {
-    auto wait = [](const std::function<bool()>& done, double seconds) {
-        QElapsedTimer clock;
-        clock.start();
-        QEventLoop loop;
-        QTimer poll;
-        poll.setInterval(20);
-        QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-            if (done() || clock.elapsed() > seconds * 1000) loop.quit();
-        });
-        poll.start();
-        if (!done()) loop.exec();
-        return done();
-    };
     auto clock = std::make_shared<QElapsedTimer>();
     clock->start();
     auto now = [clock] { return clock->elapsed() / 1000.0; };
@@ -229,7 +215,7 @@ std::unique_ptr<verification_instrument> frmPerformance::link_instrument() {
         return prompts::message_box(beam_prompt(m), box_icon::information, title_text,
                                     box_buttons::ok_cancel) == box_answer::ok;
     };
-    return std::make_unique<link_verification_instrument>(wait, now, prompt);
+    return std::make_unique<link_verification_instrument>(event_loop_waiter(), now, prompt);
 }
 
 void frmPerformance::fill_checks() {

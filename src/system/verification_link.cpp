@@ -6,6 +6,9 @@
 #include "link/shared_state.h"
 #include "platform/numeric_text.h"
 
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
 #include <cmath>
 
 namespace lumora {
@@ -15,8 +18,27 @@ namespace {
 constexpr double scan_seconds_per_point = 0.06;
 constexpr double scan_slack_seconds = 20;
 constexpr double reading_limit_seconds = 10; // one ten-frame mean comes every half second
+// Frames already under way when the material changed still carry the one before; readings start
+// this long after the prompt was answered.
+constexpr double settle_seconds = 0.6;
 
 } // namespace
+
+link_verification_instrument::waiter event_loop_waiter() {
+    return [](const std::function<bool()>& done, double seconds) {
+        QElapsedTimer clock;
+        clock.start();
+        QEventLoop loop;
+        QTimer poll;
+        poll.setInterval(20);
+        QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+            if (done() || clock.elapsed() > seconds * 1000) loop.quit();
+        });
+        poll.start();
+        if (!done()) loop.exec();
+        return done();
+    };
+}
 
 link_verification_instrument::link_verification_instrument(waiter wait, clock now, prompter prompt)
     : wait_(std::move(wait)), now_(std::move(now)), prompt_(std::move(prompt)), saved_(link_ctx.hooks) {
@@ -49,7 +71,9 @@ link_verification_instrument::~link_verification_instrument() {
 
 bool link_verification_instrument::put_in_beam(const beam_material& m) {
     set_panel(6, beam_prompt(m));
-    return prompt_(m);
+    const bool ok = prompt_(m);
+    beam_changed_at_ = now_();
+    return ok;
 }
 
 bool link_verification_instrument::scan(std::uint8_t command, int first_nm, int last_nm) {
@@ -100,11 +124,17 @@ bool link_verification_instrument::zero_at(double nm) {
     shared.lambda_now = nm;
     shared.lambda_now_int = static_cast<std::int16_t>(cint(nm));
     shared.measure_mode = mm_photometry;
-    means_.clear();
+    // Frames still streaming from the last wavelength must not count: the readings start once the
+    // grating has arrived, which the decoder marks with zero_pending.
+    shared.zero_pending = false;
     begin_exchange();
     send_message(cmd_goto_lambda);
+    if (!wait_([] { return shared.zero_pending; }, reading_limit_seconds)) return false;
+    // Ours to use: left set, the lambda panel would take its next reading as a new zero.
+    shared.zero_pending = false;
+    means_.clear();
     // The first mean after arriving is the blank's: it becomes 100 %T there.
-    if (!wait_([this] { return means_.size() >= 2; }, reading_limit_seconds + 5)) return false;
+    if (!wait_([this] { return !means_.empty(); }, reading_limit_seconds)) return false;
     const int index = cint(nm) - 320;
     if (index < 0 || index >= wavelength_points) return false;
     shared.reference_intensity[static_cast<std::size_t>(index)] = means_.back();
@@ -113,7 +143,8 @@ bool link_verification_instrument::zero_at(double nm) {
 
 std::vector<double> link_verification_instrument::readings(int count) {
     set_panel(6, QStringLiteral("Reading..."));
-    // The mean that was on its way when the material changed is dropped.
+    if (!wait_([this] { return now_() >= beam_changed_at_ + settle_seconds; }, settle_seconds + 1)) return {};
+    // The mean on its way now began before the light settled: it is dropped.
     const std::size_t from = means_.size() + 1;
     if (!wait_([&] { return means_.size() >= from + static_cast<std::size_t>(count); },
                reading_limit_seconds + count))

@@ -42,6 +42,11 @@ private:
     std::vector<std::int32_t> points_; // sample or line scan points as they came
     std::vector<std::int32_t> means_;  // ten-frame means at the zeroed wavelength
     double zero_nm_ = 500;
+    double beam_changed_at_ = 0; // [s] on now_, when the user last answered a prompt
 };
+
+// The program's own waiter: runs the event loop, the link's replies and Timer1 with it, until `done`
+// holds or the time is up.
+link_verification_instrument::waiter event_loop_waiter();
 
 } // namespace lumora
