@@ -1,6 +1,9 @@
 #include "frmPerformance.h"
 
+#include "link/command_ring.h"
+#include "link/protocol.h"
 #include "link/shared_state.h"
+#include "platform/numeric_text.h"
 #include "platform/prompts.h"
 #include "store/database.h"
 
@@ -185,6 +188,7 @@ frmPerformance::frmPerformance(QWidget* parent) : QDialog(parent) {
     connect(trend_check_, &QComboBox::currentIndexChanged, this, [this] { show_trend(); });
 
     make_instrument = [this] { return link_instrument(); };
+    lambda_before_ = shared.lambda_now;
     QString why;
     try {
         settings_ = settings_from_text(load_verification_settings(), &why);
@@ -315,6 +319,7 @@ void frmPerformance::cmdRun_Click() {
     stop_ = false;
     run_time_ = QDateTime::currentDateTime();
     set_running(true);
+    ran_ = true;
     {
         const std::unique_ptr<verification_instrument> inst = make_instrument();
         for (verification_check c : chosen) {
@@ -397,6 +402,15 @@ void frmPerformance::reject() {
     if (running_) {
         stop_ = true; // the run ends at its next step; the window closes after
         return;
+    }
+    if (ran_ && link_ctx.port) {
+        // The checks leave the grating where the last one stood: it goes back as the other windows do.
+        set_panel(6, QStringLiteral("Running to previous position..."));
+        shared.lambda_now = lambda_before_;
+        shared.lambda_now_int = static_cast<std::int16_t>(cint(lambda_before_));
+        shared.measure_mode = mm_lambda_panel;
+        begin_exchange();
+        send_message(cmd_goto_lambda);
     }
     QDialog::reject();
 }

@@ -62,6 +62,8 @@ private:
     QString certificate_path_;
     bool running_ = false;
     bool stop_ = false;
+    bool ran_ = false;         // a run moved the grating
+    double lambda_before_ = 0; // [nm] where it stood when the window opened
 
     QTabWidget* tabs_ = nullptr;
     QTableWidget* checks_ = nullptr;

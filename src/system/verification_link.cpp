@@ -41,7 +41,9 @@ link_verification_instrument::waiter event_loop_waiter() {
 }
 
 link_verification_instrument::link_verification_instrument(waiter wait, clock now, prompter prompt)
-    : wait_(std::move(wait)), now_(std::move(now)), prompt_(std::move(prompt)), saved_(link_ctx.hooks) {
+    : wait_(std::move(wait)), now_(std::move(now)), prompt_(std::move(prompt)), saved_(link_ctx.hooks),
+      saved_speed_(shared.scan_speed), saved_start_(shared.scan_start_lambda),
+      saved_end_(shared.scan_end_lambda) {
     auto& h = link_ctx.hooks;
     h.scan_lock = [this, lock = saved_.scan_lock](bool locked) {
         if (lock) lock(locked);
@@ -67,6 +69,9 @@ link_verification_instrument::~link_verification_instrument() {
     h.photometry_zero_flag = saved_.photometry_zero_flag;
     h.photometry_read = saved_.photometry_read;
     shared.measure_mode = mm_lambda_panel;
+    shared.scan_speed = saved_speed_;
+    shared.scan_start_lambda = saved_start_;
+    shared.scan_end_lambda = saved_end_;
 }
 
 bool link_verification_instrument::put_in_beam(const beam_material& m) {

@@ -38,6 +38,9 @@ private:
     clock now_;
     prompter prompt_;
     link_hooks saved_;
+    // The scan fields belong to the Spectrum function's setup: given back as they were.
+    std::int16_t saved_speed_ = 0;
+    double saved_start_ = 0, saved_end_ = 0;
     bool scan_ended_ = false;
     std::vector<std::int32_t> points_; // sample or line scan points as they came
     std::vector<std::int32_t> means_;  // ten-frame means at the zeroed wavelength

@@ -135,17 +135,24 @@ TEST(PerformanceWindow, TheSettingsTabRefusesABadValueAndKeepsAGoodOneForTheNext
     EXPECT_EQ(again.settings().drift_max, 0.005);
 }
 
-TEST(PerformanceWindow, AGratingOffsetFailsTheWavelengthCheckAlone) {
+TEST(PerformanceWindow, AGratingOffsetFailsTheWavelengthCheckAloneAndClosingReturnsTheGrating) {
     performance_rig r("fault wavelength_offset 1.5");
+    // Without the two checks at 500 nm the run ends on the line scan, away from where it began.
+    r.window->tblChecks()->item(5, 0)->setCheckState(Qt::Unchecked);
+    r.window->tblChecks()->item(6, 0)->setCheckState(Qt::Unchecked);
     r.window->cmdRun_Click();
-    ASSERT_EQ(r.window->results().size(), 7u);
+    ASSERT_EQ(r.window->results().size(), 5u);
     for (const check_result& c : r.window->results())
         EXPECT_EQ(c.verdict, c.check == verification_check::wavelength ? processing::verdict::fail
                                                                        : processing::verdict::pass)
             << check_name(c.check).toStdString();
     EXPECT_EQ(r.cell(0, 5), QStringLiteral("Fail"));
     EXPECT_TRUE(
-        prompts::shown().back().text.startsWith(QStringLiteral("6 of 7 checks passed. Overall: Fail.")));
+        prompts::shown().back().text.startsWith(QStringLiteral("4 of 5 checks passed. Overall: Fail.")));
+    EXPECT_GT(r.rig.instrument.grating_nm(), 600);
+    r.window->reject();
+    ASSERT_TRUE(r.rig.run_until([&] { return r.rig.panel(6).startsWith(QStringLiteral("OK")); }, 10));
+    EXPECT_NEAR(r.rig.instrument.grating_nm(), 500.0, 0.5);
 }
 
 TEST(PerformanceReminder, OneInformationBoxAfterStartUpWhenTheLastFullRunIsOverdue) {
