@@ -19,13 +19,19 @@ std::string usage() {
            "  --seed N        seed of the noise and the fault randomness (default 1)\n"
            "  --noise C       detector noise, standard deviation in counts (default 0)\n"
            "  --sample NAME   sample in the beam: blank, neutral:<A>, dye, holmium, standard:<c>,\n"
-           "                  reaction:<rate per second>, line656, changer:<s1>,<s2>,... (default blank)\n"
+           "                  reaction:<rate per second>, line656, dichromate:<mg/L>, nitrite,\n"
+           "                  changer:<s1>,<s2>,... (default blank)\n"
            "  --control PATH  UNIX socket taking control lines, as stdin does\n"
            "  --log FILE      append received bytes as JSON lines {\"t\":seconds,\"rx\":\"hex\"}\n"
            "\n"
            "Control lines (stdin or socket), one answer line each:\n"
            "  sample NAME | position N | fault silent|zero_fail|garbage|short_frames|burst|drop:N on|off |\n"
-           "  fwhm NM | absorbance NM | state | help\n";
+           "  fault wavelength_offset NM | fault stray FRACTION | fault drift A_PER_HOUR (or off) |\n"
+           "  fwhm NM | absorbance NM | state | help\n"
+           "\n"
+           "The optics faults: wavelength_offset shifts the grating against its drive (-10 to 10 nm);\n"
+           "stray lets a fraction of the open beam (0 to 0.1) reach the detector from the near infrared;\n"
+           "drift creeps the baseline by that absorbance an hour from the moment it is set.\n";
 }
 
 CliOptions parse_cli(const std::vector<std::string>& args) {

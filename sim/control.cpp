@@ -2,6 +2,7 @@
 //   sample NAME            put a sample in the beam           -> ok sample NAME
 //   position N             changer position N into the beam   -> ok position N
 //   fault NAME on|off      silent, zero_fail, garbage, short_frames, burst, drop:N -> ok fault NAME on|off
+//   fault NAME VALUE|off   wavelength_offset NM, stray FRACTION, drift A_PER_HOUR -> ok fault NAME VALUE
 //   fwhm NM                bandwidth of the emission line     -> ok fwhm NM
 //   absorbance NM          the model's absorbance in the beam -> the number, 6 decimals
 //   state                  wavelength, sample, faults, what runs
@@ -71,6 +72,13 @@ std::string Instrument::control_answer(const std::string& line) {
         }
         if (cmd == "fault") {
             expect_args(words, 2, "fault NAME on|off");
+            if (Faults::is_optics(words[1])) {
+                faults_.set_optics(words[1], words[2]);
+                model_->set_wavelength_offset(faults_.wavelength_offset_nm);
+                model_->set_stray(faults_.stray);
+                if (words[1] == "drift") model_->set_drift(faults_.drift_a_per_hour, now_);
+                return "ok fault " + words[1] + " " + words[2];
+            }
             if (words[2] != "on" && words[2] != "off")
                 throw std::invalid_argument("fault state must be on or off");
             faults_.set(words[1], words[2] == "on");
@@ -94,8 +102,11 @@ std::string Instrument::control_answer(const std::string& line) {
             return state_line();
         }
         if (cmd == "help") {
-            return "commands: sample NAME | position N | fault silent|zero_fail|garbage|short_frames|burst|drop:N "
-                   "on|off | "
+            return "commands: sample NAME | position N | fault "
+                   "silent|zero_fail|garbage|short_frames|burst|drop:N "
+                   "on|off | fault wavelength_offset NM | fault stray FRACTION | fault drift A_PER_HOUR "
+                   "(each "
+                   "also off) | "
                    "fwhm NM | absorbance NM | state";
         }
     } catch (const std::invalid_argument& e) {

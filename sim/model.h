@@ -26,6 +26,14 @@ public:
 
     double absorbance(double nm, double t) const { return compartment_.absorbance(nm, t); }
 
+    // The optics faults: where the grating really stands against the drive's wavelength, the share of
+    // the open beam that reaches the detector as stray light, and a baseline drift from time t on.
+    void set_wavelength_offset(double nm) { offset_nm_ = nm; }
+    void set_stray(double fraction) { stray_ = fraction; }
+    void set_drift(double a_per_hour, double t);
+    // [A] the drift accumulated by time t.
+    double drift(double t) const { return drift_base_ + drift_rate_ * (t - drift_since_) / 3600.0; }
+
     const Optics& optics() const { return optics_; }
     Compartment& compartment() { return compartment_; }
     const Compartment& compartment() const { return compartment_; }
@@ -39,6 +47,11 @@ private:
     Compartment compartment_;
     EmissionLine line_;
     double noise_counts_; // standard deviation [counts]
+    double offset_nm_ = 0.0;
+    double stray_ = 0.0;
+    double drift_rate_ = 0.0; // [A/h]
+    double drift_base_ = 0.0; // [A] when the rate was last set
+    double drift_since_ = 0.0;
     std::mt19937_64 rng_;
     std::normal_distribution<double> gauss_{0.0, 1.0};
 };

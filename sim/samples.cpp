@@ -47,6 +47,14 @@ const std::vector<Band> kHolmiumBands{
     {451.4, 6.0, 0.95}, {467.8, 5.0, 0.40}, {485.2, 6.0, 0.35}, {536.6, 6.0, 0.60}, {640.5, 7.0, 0.45},
 };
 
+// Potassium dichromate in dilute perchloric acid, per mg/L in a 10 mm cell: the band with its maximum
+// at 350 nm and the weaker shoulder that carries 430 nm (about 0.0107 and 0.0016 A per mg/L there).
+const std::vector<Band> kDichromateBands{{350.0, 75.0, 0.0107}, {445.0, 60.0, 0.0013}, {257.0, 50.0, 0.0145}};
+
+// Sodium nitrite, 50 g/L in a 10 mm cell: the n-pi* band near 355 nm is so strong that nothing
+// passes from the near ultraviolet edge to about 390 nm, and the glass clears above 400 nm.
+const std::vector<Band> kNitriteBands{{356.0, 42.0, 16.5}};
+
 double number_after_colon(std::string_view name, std::string_view what) {
     double value = 0.0;
     if (!parse_number(name.substr(name.find(':') + 1), value))
@@ -103,7 +111,11 @@ std::unique_ptr<Sample> make_sample(std::string_view name) {
         no_arg();
         return std::make_unique<BandSpectrum>(kHolmiumBands, 0.04);
     }
-    if (!has_arg && (kind == "neutral" || kind == "standard" || kind == "reaction"))
+    if (kind == "nitrite") {
+        no_arg();
+        return std::make_unique<BandSpectrum>(kNitriteBands, 0.0);
+    }
+    if (!has_arg && (kind == "neutral" || kind == "standard" || kind == "reaction" || kind == "dichromate"))
         throw std::invalid_argument("sample " + std::string(kind) + " needs a value, as in " +
                                     std::string(kind) + ":0.5");
     if (kind == "neutral") {
@@ -124,9 +136,16 @@ std::unique_ptr<Sample> make_sample(std::string_view name) {
             throw std::invalid_argument("reaction rate must be -10 to 10 A per second");
         return std::make_unique<Reaction>(rate);
     }
+    if (kind == "dichromate") {
+        const double mg_per_l = number_after_colon(name, "the concentration");
+        if (mg_per_l < 0.0 || mg_per_l > 400.0)
+            throw std::invalid_argument("dichromate concentration must be 0 to 400 mg/L");
+        return std::make_unique<BandSpectrum>(kDichromateBands, 0.0, mg_per_l);
+    }
     throw std::invalid_argument(
         "unknown sample '" + std::string(name) +
-        "' (blank, neutral:<A>, dye, holmium, standard:<c>, reaction:<rate>, line656, "
+        "' (blank, neutral:<A>, dye, holmium, standard:<c>, reaction:<rate>, line656, dichromate:<mg/L>, "
+        "nitrite, "
         "changer:<s1>,<s2>,...)");
 }
 

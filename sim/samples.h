@@ -33,7 +33,8 @@ private:
     double scale_;      // multiplies bands and background alike
 };
 
-// The samples by name: blank, neutral:<A>, dye, holmium, standard:<c>, reaction:<rate per second>, line656.
+// The samples by name: blank, neutral:<A>, dye, holmium, standard:<c>, reaction:<rate per second>, line656,
+// dichromate:<mg/L>, nitrite.
 // A bad name throws std::invalid_argument with a message for the user.
 std::unique_ptr<Sample> make_sample(std::string_view name);
 

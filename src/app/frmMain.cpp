@@ -19,6 +19,7 @@
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
 #include "store/settings_store.h"
+#include "system/frmPerformance.h"
 #include "toolbar_icons.h"
 
 #include <QAction>
@@ -149,6 +150,20 @@ void frmMain::build_menus() {
             &frmMain::mnuFuncSysSetup_Click);
     connect(add_item(sys, "mnuFuncSysVerify", "Verify bandwidth"), &QAction::triggered, this,
             &frmMain::mnuFuncSysVerify_Click);
+    connect(add_item(sys, "mnuFuncSysPerformance", "Performance verification"), &QAction::triggered, this,
+            [this] {
+                if (!port_->PortOpen()) {
+                    prompts::message_box(QStringLiteral("The function is not available!"),
+                                         box_icon::information, QStringLiteral("System Message"));
+                    return;
+                }
+                unload_form();
+                shared.function_id = fid_no_function;
+                auto* dlg = new frmPerformance(this);
+                dlg->setAttribute(Qt::WA_DeleteOnClose);
+                dlg->setWindowModality(Qt::WindowModal);
+                dlg->show();
+            });
 
     QMenu* help = add_menu("mnuHelp", "&Help");
     QAction* about = add_item(help, "mnuHelpAbout", "About");
@@ -235,6 +250,8 @@ void frmMain::connect_link() {
     h.save_com_port = [] { save_com_port(); };
 
     h.resume_function = [this]() -> int {
+        // The reminder follows the start-up's last status text.
+        QTimer::singleShot(0, this, [this] { remind_verification_if_due(this); });
         if (!function_) return 0;
         const int id = function_->entry().function_id;
         toolbar_enable_for(id);

@@ -61,7 +61,10 @@ void create_tables(QSqlDatabase& db, bool seed_delivery) {
         // Batch names compare without case, as the rows are looked up by them.
         {"data_batch_name", "CREATE INDEX data_batch_name ON data (FunctionName, BatchName COLLATE NOCASE)"},
         {"parameter_batch_name",
-         "CREATE INDEX parameter_batch_name ON parameter (FunctionName, BatchName COLLATE NOCASE)"}};
+         "CREATE INDEX parameter_batch_name ON parameter (FunctionName, BatchName COLLATE NOCASE)"},
+        {"verification", "CREATE TABLE verification (RunTime TEXT, Operator TEXT, CheckName TEXT, "
+                         "Reference TEXT, Tolerance TEXT, Value REAL, Verdict TEXT, FullRun INTEGER, "
+                         "RawPoints TEXT)"}};
     for (const auto& [name, sql] : schema)
         if (!present.contains(QString::fromLatin1(name), Qt::CaseInsensitive))
             exec_or_throw(q, QString::fromLatin1(sql), {});
