@@ -34,7 +34,8 @@ context_lines protein_context(const export_source& source) {
                                      p.report_subject, p.report_operator, p.report_remark);
     const auto& assays = protein_assays();
     const int assay = std::clamp<int>(p.assay, 0, static_cast<int>(assays.size()) - 1);
-    c.emplace_back(QStringLiteral("assay"), QString::fromLatin1(assays[static_cast<std::size_t>(assay)].name));
+    c.emplace_back(QStringLiteral("assay"),
+                   QString::fromLatin1(assays[static_cast<std::size_t>(assay)].name));
     c.emplace_back(QStringLiteral("wavelength"), p.lambda + QStringLiteral(" nm"));
     c.emplace_back(QStringLiteral("standard replicates"), QString::number(p.std_reps));
     c.emplace_back(QStringLiteral("sample replicates"), QString::number(p.sample_reps));

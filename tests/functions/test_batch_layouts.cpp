@@ -285,14 +285,15 @@ TEST_F(BatchLayouts, Protein) {
     // A cell wider than ten characters is kept whole and pushes the next one along.
     w->fgdSample().setTextMatrix(2, 2, "12345.678901");
     const auto rows = w->result_rows();
-    EXPECT_EQ(rows_text(rows),
-              "P1=1 P2=2 P3=1 P4=5 P5=ug/mL P6=2 P7=1 P8=10 P9=20 P10=0.21 P11=0.4 P12=49.4855463008329 "
-              "P13=0 P14=0 P15=6 P16=2 P17=My laboratory P18=Sample P19=Operator P20= P21=1 P22=1 P23=1 "
-              "P24=1 D1=10.000    0.200     9.897     -0.103               "
-              "D2=10.000    0.220     10.887    0.887                D3=10.000    0.210     10.392    0.392     "
-              "           D4=20.000    0.410     20.289    0.289                "
-              "D5=20.000    0.390     19.299    -0.701               D6=20.000    0.400     19.794    -0.206    "
-              "           D7=0.300     14.846               D8=0.300     12345.678901          ");
+    EXPECT_EQ(
+        rows_text(rows),
+        "P1=1 P2=2 P3=1 P4=5 P5=ug/mL P6=2 P7=1 P8=10 P9=20 P10=0.21 P11=0.4 P12=49.4855463008329 "
+        "P13=0 P14=0 P15=6 P16=2 P17=My laboratory P18=Sample P19=Operator P20= P21=1 P22=1 P23=1 "
+        "P24=1 D1=10.000    0.200     9.897     -0.103               "
+        "D2=10.000    0.220     10.887    0.887                D3=10.000    0.210     10.392    0.392     "
+        "           D4=20.000    0.410     20.289    0.289                "
+        "D5=20.000    0.390     19.299    -0.701               D6=20.000    0.400     19.794    -0.206    "
+        "           D7=0.300     14.846               D8=0.300     12345.678901          ");
     const auto params = w->parameter_rows();
     ASSERT_EQ(params.size(), 22u);
     EXPECT_EQ(rows_text({params[14]}), "P15=My laboratory"); // no row counts behind the coefficients

@@ -134,8 +134,9 @@ void frmProtein::load_result(const std::vector<batch_row>& rows) {
     const int group = p.sample_reps + 1;
     for (int i = 1; i <= p.sample_rows; ++i) {
         fill_row(sample, i, d.text(), sample_cells);
-        sample.setTextMatrix(i, 0, i % group == 0 ? QStringLiteral("Avg%1").arg(i / group)
-                                                  : replicate_label(i, p.sample_reps));
+        sample.setTextMatrix(i, 0,
+                             i % group == 0 ? QStringLiteral("Avg%1").arg(i / group)
+                                            : replicate_label(i, p.sample_reps));
     }
     // The standards count as read: "Read" goes on with the samples.
     p.std_read = static_cast<std::int16_t>(p.data_rows - p.data_rows / (p.std_reps + 1));
