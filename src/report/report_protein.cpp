@@ -86,7 +86,7 @@ void tables(function_window& window, report_page& page, bool all) {
     auto& w = static_cast<frmProtein&>(window);
     if (all || protein.print_flags[3] == 1) {
         report_section(page, QStringLiteral("Standard data"));
-        report_columns cols(page, {0, 45, 95, 145, 200, 250});
+        report_columns cols(page, {0, 40, 85, 130, 205, 255});
         const grid& data = w.fgdData();
         for (int r = 0; r < data.Rows(); ++r) {
             QStringList cells;
