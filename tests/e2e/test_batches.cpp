@@ -8,6 +8,7 @@
 #include "functions/timescan/timescan_data.h"
 #include "photometry_rig.h"
 #include "platform/numeric_text.h"
+#include "protein_rig.h"
 #include "quant_rig.h"
 #include "spectrum_rig.h"
 #include "timescan_rig.h"
@@ -269,4 +270,42 @@ TEST(BatchesOnTheSimulator, QuantitativeSamplesComeBackAndAskForRun) {
     menu.load("mnuFileOpenP", "factor-2");
     EXPECT_EQ(q.boxes(), std::vector<QString>{"Please press RUN to read samples!"});
     EXPECT_EQ(quant.cal.fit_kb, 0.5);
+}
+
+TEST(BatchesOnTheSimulator, ProteinTablesComeBackRefittedAndReadOnWithSamples) {
+    protein_rig p;
+    file_menu menu{p.rig};
+    p.key_setup(6, 1, 1, 2, {"0.5", "1.0"});
+    p.setup().cmdOk_Click();
+    ASSERT_TRUE(p.zero());
+    ASSERT_TRUE(p.read("standard:0.5"));
+    ASSERT_TRUE(p.read("standard:1.0"));
+    ASSERT_TRUE(p.read("standard:0.75"));
+    const std::string rows = rows_text(p.window->result_rows());
+    const QString cal_conc = p.data(2, 3);
+    ASSERT_FALSE(cal_conc.isEmpty());
+    menu.save("mnuFileSaveD", "bradford-1");
+    menu.save("mnuFileSaveP", "bradford-1");
+    menu.leave_and_return("mnuFuncProtein");
+    p.window = qobject_cast<frmProtein*>(p.rig.window->current_function());
+    ASSERT_EQ(p.data(2, 2), "") << "the window came back empty";
+    p.boxes();
+    menu.load("mnuFileOpenD", "bradford-1");
+    EXPECT_EQ(p.boxes(), std::vector<QString>{"Please press RUN to read samples!"});
+    EXPECT_EQ(p.window->tspData()->currentIndex(), 1);
+    EXPECT_EQ(p.data(2, 3), cal_conc);
+    EXPECT_EQ(p.sample(2, 0), "Avg1");
+    EXPECT_EQ(rows_text(p.window->result_rows()), rows);
+    keep_shot(p.rig, "batch_protein_loaded");
+    // The next Read goes on with the samples.
+    ASSERT_TRUE(p.read("standard:0.5"));
+    EXPECT_EQ(p.sample(3, 0), "2-1");
+    EXPECT_NEAR(p.sample(3, 2).toDouble(), 0.5, 0.02);
+    // The parameter batch: the setup back, the tables wiped, no message.
+    protein.std_reps = 3;
+    menu.load("mnuFileOpenP", "bradford-1");
+    EXPECT_TRUE(p.boxes().empty());
+    EXPECT_EQ(protein.std_reps, 1);
+    EXPECT_EQ(p.data(3, 1), "1.000");
+    EXPECT_EQ(p.data(3, 2), "");
 }

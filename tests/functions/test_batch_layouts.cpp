@@ -4,6 +4,9 @@
 #include "functions/function_catalog.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
+#include "functions/protein/frmProtein.h"
+#include "functions/protein/protein_rows.h"
+#include "functions/protein/protein_setup.h"
 #include "functions/quantitative/frmQuant.h"
 #include "functions/quantitative/quant_setup.h"
 #include "functions/spectrum/frmSpectrum.h"
@@ -264,4 +267,76 @@ TEST_F(BatchLayouts, Quantitative) {
     // A batch that claims more samples than it holds loads those it has.
     loaded->load_result(as_stored(cut(rows, "D", 1)));
     EXPECT_EQ(quant.sample_count, 1);
+}
+
+TEST_F(BatchLayouts, Protein) {
+    protein = ProteinSetup{};
+    auto w = open<frmProtein>(fid_protein);
+    ProteinSetup& p = protein;
+    p.assay = 1, p.lambda = "750", p.std_reps = 2, p.sample_reps = 1, p.delay = 5, p.unit = "ug/mL";
+    p.cal.std_count = 2, p.cal.fit_type = 1;
+    p.cal.std_conc = {10, 20};
+    w->clear_form();
+    for (double abs : {0.2, 0.22, 0.41, 0.39})
+        ASSERT_TRUE(add_standard_reading(w->fgdData(), p, abs));
+    p.reading_std = false;
+    ASSERT_EQ(w->refit_standards(), frmProtein::refit_result::done);
+    add_sample_reading(w->fgdSample(), p, 0.3);
+    // A cell wider than ten characters is kept whole and pushes the next one along.
+    w->fgdSample().setTextMatrix(2, 2, "12345.678901");
+    const auto rows = w->result_rows();
+    EXPECT_EQ(
+        rows_text(rows),
+        "P1=1 P2=2 P3=1 P4=5 P5=ug/mL P6=2 P7=1 P8=10 P9=20 P10=0.21 P11=0.4 P12=49.4855463008329 "
+        "P13=0 P14=0 P15=6 P16=2 P17=My laboratory P18=Sample P19=Operator P20= P21=1 P22=1 P23=1 "
+        "P24=1 D1=10.000    0.200     9.897     -0.103               "
+        "D2=10.000    0.220     10.887    0.887                D3=10.000    0.210     10.392    0.392     "
+        "           D4=20.000    0.410     20.289    0.289                "
+        "D5=20.000    0.390     19.299    -0.701               D6=20.000    0.400     19.794    -0.206    "
+        "           D7=0.300     14.846               D8=0.300     12345.678901          ");
+    const auto params = w->parameter_rows();
+    ASSERT_EQ(params.size(), 22u);
+    EXPECT_EQ(rows_text({params[14]}), "P15=My laboratory"); // no row counts behind the coefficients
+
+    w.reset();
+    protein = ProteinSetup{};
+    protein.lambda = "595";
+    auto loaded = open<frmProtein>(fid_protein);
+    prompts::clear_shown();
+    loaded->load_result(as_stored(rows));
+    ASSERT_FALSE(prompts::shown().empty());
+    EXPECT_EQ(prompts::shown().back().text, "Please press RUN to read samples!");
+    EXPECT_EQ(loaded->tspData()->currentIndex(), 1);
+    EXPECT_EQ(protein.lambda, "595"); // not in the batch
+    EXPECT_FALSE(protein.reading_std);
+    const grid& data = loaded->fgdData();
+    grid& sample = loaded->fgdSample();
+    EXPECT_EQ(data.Rows(), 7);
+    EXPECT_EQ(sample.Rows(), 1 + 2 + 2);
+    EXPECT_EQ(data.TextMatrix(3, 0), "Avg1");
+    EXPECT_EQ(data.TextMatrix(5, 4), "-0.701"); // Cal-Conc. and Diff from the refit
+    EXPECT_EQ(sample.TextMatrix(1, 0), "1-1");
+    EXPECT_EQ(sample.TextMatrix(2, 0), "Avg1");
+    // The reader cuts at fixed columns: the long cell loses its tail to the next one.
+    EXPECT_EQ(sample.TextMatrix(2, 2), "12345.6789");
+    EXPECT_EQ(sample.TextMatrix(2, 3), "01");
+    sample.setTextMatrix(2, 2, "12345.678901");
+    sample.setTextMatrix(2, 3, "");
+    EXPECT_EQ(rows_text(loaded->result_rows()), rows_text(rows));
+    // A batch cut short loads the records it has.
+    loaded->load_result(as_stored(cut(rows, "D", 3)));
+    EXPECT_EQ(protein.data_rows, 5);
+    EXPECT_EQ(protein.sample_rows, 0);
+
+    // A parameter batch brings back the setup and an empty standards table, without a word.
+    prompts::clear_shown();
+    protein.std_reps = 1;
+    loaded->read_parameters(params);
+    loaded->parameters_loaded();
+    EXPECT_TRUE(prompts::shown().empty());
+    EXPECT_EQ(protein.std_reps, 2);
+    EXPECT_EQ(protein.data_rows, 0);
+    EXPECT_EQ(loaded->fgdData().Rows(), 7);
+    EXPECT_EQ(loaded->fgdData().TextMatrix(6, 1), "20.000");
+    EXPECT_EQ(loaded->fgdData().TextMatrix(6, 2), "");
 }

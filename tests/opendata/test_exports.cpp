@@ -4,6 +4,8 @@
 #include "functions/function_catalog.h"
 #include "functions/function_window.h"
 #include "functions/photometry/photometry_setup.h"
+#include "functions/protein/frmProtein.h"
+#include "functions/protein/protein_setup.h"
 #include "functions/quantitative/quant_setup.h"
 #include "functions/spectrum/spectrum_data.h"
 #include "functions/spectrum/spectrum_setup.h"
@@ -228,4 +230,46 @@ TEST_F(loaded, QuantitativeWritesStandardsAndSamplesWithTheCalibration) {
     ASSERT_EQ(samples.rows.size(), 3u);
     EXPECT_EQ(samples.rows[2][1], QStringLiteral("V"));
     EXPECT_NEAR(number(samples.rows[2][3]), 120 / 7.0, 1e-6);
+}
+
+TEST_F(loaded, ProteinWritesEveryReplicateAndAverageWithTheCalibration) {
+    protein = ProteinSetup{};
+    protein.unit = QStringLiteral("ug/mL");
+    protein.std_reps = 2;
+    protein.cal.std_count = 2;
+    protein.cal.std_conc = {10, 20};
+    protein.cal.std_abs = {0.21, 0.4};
+    protein.cal.fit_type = 1;
+    shared.function_id = fid_protein;
+    window.reset(make_function_window(*function_by_id(fid_protein)));
+    // The batch as the layout holds it: 6 standards rows (two replicates and an average each) and
+    // one sample with its average; the refit on load writes Cal-Conc., Diff and %CV again.
+    std::vector<batch_row> rows;
+    for (const batch_row& r : window->result_rows())
+        if (r.type == QLatin1String("P")) rows.push_back(r);
+    rows[14].value = QStringLiteral("6"), rows[15].value = QStringLiteral("2");
+    row_writer w(QStringLiteral("D"));
+    for (const char* rec : {"10.000    0.200", "10.000    0.220", "10.000    0.210", "20.000    0.410",
+                            "20.000    0.390", "20.000    0.400", "0.300     14.846", "0.300     14.846"})
+        w.add(QString::fromLatin1(rec));
+    rows.insert(rows.end(), w.rows.begin(), w.rows.end());
+    window->load_result(rows);
+    const auto files = make(fid_protein, export_format::csv);
+    ASSERT_EQ(files.size(), 2u);
+    EXPECT_EQ(files[0].name, QStringLiteral("run7-standards.csv"));
+    const csv_table standards = read_csv(files[0].bytes);
+    EXPECT_EQ(standards.header, (QStringList{"No.", "Conc. (ug/mL)", "Absorbance", "Cal-Conc. (ug/mL)",
+                                             "Diff (ug/mL)", "%CV"}));
+    ASSERT_EQ(standards.rows.size(), 6u);
+    EXPECT_EQ(standards.rows[2][0], QStringLiteral("Avg1"));
+    EXPECT_NEAR(number(standards.rows[4][2]), 0.39, 1e-6);
+    EXPECT_NEAR(number(standards.rows[4][4]), -0.701, 1e-6);
+    EXPECT_EQ(context_value(standards, "fit"), QStringLiteral("Conc. = Ka A"));
+    EXPECT_NEAR(number(context_value(standards, "Ka")), 10.1 / 0.2041, 1e-6);
+    const csv_table samples = read_csv(files[1].bytes);
+    EXPECT_EQ(samples.header, (QStringList{"No.", "Absorbance", "Conc. (ug/mL)", "%CV"}));
+    ASSERT_EQ(samples.rows.size(), 2u);
+    EXPECT_EQ(samples.rows[1][0], QStringLiteral("Avg1"));
+    EXPECT_NEAR(number(samples.rows[1][2]), 14.846, 1e-6);
+    EXPECT_TRUE(make(fid_protein, export_format::jcamp).empty());
 }

@@ -3,6 +3,9 @@
 #include "functions/photometry/dlgPhotometry.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
+#include "functions/protein/frmProtein.h"
+#include "functions/protein/protein_rows.h"
+#include "functions/protein/protein_setup.h"
 #include "functions/quantitative/frmQuant.h"
 #include "functions/quantitative/quant_setup.h"
 #include "functions/timescan/dlgTimescan.h"
@@ -241,6 +244,44 @@ TEST_F(ReportFunctions, QuickPrintParameterReadsTheBoxesAsTheyStand) {
     const QString path = send_to_printer(*page, "parameter", ok, data_.filePath("p.pdf"));
     ASSERT_TRUE(ok);
     EXPECT_TRUE(pdf_page_texts(path).join('\n').contains("Function = TIMESCAN-Fixed Span"));
+}
+
+TEST_F(ReportFunctions, ProteinPrintsItsReplicatesUnderBothGraphsAndExportsBothTables) {
+    protein = ProteinSetup{};
+    protein.assay = 1, protein.lambda = "750", protein.std_reps = 2, protein.sample_reps = 1;
+    protein.delay = 5, protein.unit = "ug/mL";
+    protein.cal.std_count = 2, protein.cal.fit_type = 1, protein.cal.std_conc = {10, 20};
+    shared.function_id = fid_protein;
+    frmProtein w(*function_by_id(fid_protein));
+    for (double abs : {0.2, 0.22, 0.41, 0.39})
+        ASSERT_TRUE(add_standard_reading(w.fgdData(), protein, abs));
+    protein.reading_std = false;
+    ASSERT_EQ(w.refit_standards(), frmProtein::refit_result::done);
+    add_sample_reading(w.fgdSample(), protein, 0.3);
+    protein.print_flags = {0, 0, 1, 0};
+    const QStringList t = texts_of(*report_make(w, 1.0));
+    for (const char* line :
+         {"Function = PROTEIN ANALYSIS", "Assay type = Lowry Protein Analysis,high sensitivity",
+          "Wavelength = 750 nm", "No of standard replicate = 2", "No of sample replicate = 1",
+          "Delay time(sec) = 5", "Unit = ug/mL", "Standard number = 2", "Fit type = 1st order through zero",
+          "Difference", "(ABS/dLambda)"})
+        EXPECT_TRUE(t.contains(line)) << line;
+    EXPECT_FALSE(t.contains("Standard data"));
+    const int at = t.indexOf("Sample data");
+    ASSERT_GE(at, 0);
+    EXPECT_EQ(t.mid(at + 9), (QStringList{"1-1", "0.300", "14.846", "", "Avg1", "0.300", "14.846", ""}));
+
+    protein.print_flags = {1, 1, 1, 1};
+    expect_pdf_like_preview(w, data_, "protein_report.pdf");
+    const QString paper = pdf_page_texts(data_.filePath("protein_report.pdf")).join('\n');
+    for (const char* line : {"Standard data", "Cal-Conc.", "Avg2", "-0.701", "Ka = 49.4855"})
+        EXPECT_TRUE(paper.contains(line)) << line;
+    const QJsonArray book = read_workbook(export_as(w, "lowry"));
+    ASSERT_EQ(sheet_names(book), (QStringList{"Standard data", "Sample data", "Equation"}));
+    const QJsonArray standards = sheet(book, "Standard data")["rows"].toArray();
+    ASSERT_EQ(standards.size(), 7);
+    EXPECT_EQ(standards[5].toArray()[4].toString(), "-0.701");
+    EXPECT_EQ(sheet(book, "Sample data")["rows"].toArray().size(), 3);
 }
 
 } // namespace

@@ -45,6 +45,14 @@ public:
     bool batch_check() override { return true; }
     bool has_data() const override;
     QDialog* make_setup_dialog(QWidget* parent) override;
+    // Stored batches (protein_batches.cpp)
+    bool keeps_batches() const override { return true; }
+    bool batch_data() const override;
+    std::vector<batch_row> result_rows() const override;
+    std::vector<batch_row> parameter_rows() const override;
+    void load_result(const std::vector<batch_row>& rows) override;
+    void read_parameters(const std::vector<batch_row>& rows) override;
+    void parameters_loaded() override;
 
     plot_surface& picProtein() const { return *surface_; }
     QScrollArea* PicScroll() const { return scroll_; }
