@@ -38,5 +38,6 @@ report_piece photometry_report();
 report_piece timescan_report();
 report_piece timescan2_report();
 report_piece quant_report();
+report_piece kinetic_report();
 
 } // namespace lumora
