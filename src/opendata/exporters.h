@@ -59,5 +59,6 @@ std::vector<out_file> photometry_export(const function_window&, export_format, c
 std::vector<out_file> timescan_export(const function_window&, export_format, const export_source&);
 std::vector<out_file> timescan_interval_export(const function_window&, export_format, const export_source&);
 std::vector<out_file> quant_export(const function_window&, export_format, const export_source&);
+std::vector<out_file> kinetic_export(const function_window&, export_format, const export_source&);
 
 } // namespace lumora::opendata
