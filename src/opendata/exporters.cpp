@@ -38,6 +38,7 @@ const std::vector<function_export>& exports() {
         {fid_photometry, false, photometry_export},       {fid_spectrum, true, spectrum_export},
         {fid_timescan, false, timescan_export},           {fid_quantitative, false, quant_export},
         {fid_timescan2, false, timescan_interval_export}, {fid_protein, false, protein_export},
+        {fid_kinetic, false, kinetic_export},
     };
     return table;
 }

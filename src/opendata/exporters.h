@@ -60,5 +60,6 @@ std::vector<out_file> timescan_export(const function_window&, export_format, con
 std::vector<out_file> timescan_interval_export(const function_window&, export_format, const export_source&);
 std::vector<out_file> quant_export(const function_window&, export_format, const export_source&);
 std::vector<out_file> protein_export(const function_window&, export_format, const export_source&);
+std::vector<out_file> kinetic_export(const function_window&, export_format, const export_source&);
 
 } // namespace lumora::opendata

@@ -4,7 +4,8 @@ namespace lumora {
 
 const std::vector<report_piece>& report_pieces() {
     static const std::vector<report_piece> pieces{spectrum_report(),  photometry_report(), timescan_report(),
-                                                  timescan2_report(), quant_report(),      protein_report()};
+                                                  timescan2_report(), quant_report(),      protein_report(),
+                                                  kinetic_report()};
     return pieces;
 }
 

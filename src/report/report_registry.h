@@ -39,5 +39,6 @@ report_piece timescan_report();
 report_piece timescan2_report();
 report_piece quant_report();
 report_piece protein_report();
+report_piece kinetic_report();
 
 } // namespace lumora

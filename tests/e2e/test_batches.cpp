@@ -6,6 +6,7 @@
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/quantitative/frmQuant.h"
 #include "functions/timescan/timescan_data.h"
+#include "kinetic_rig.h"
 #include "photometry_rig.h"
 #include "platform/numeric_text.h"
 #include "protein_rig.h"
@@ -308,4 +309,58 @@ TEST(BatchesOnTheSimulator, ProteinTablesComeBackRefittedAndReadOnWithSamples) {
     EXPECT_EQ(protein.std_reps, 1);
     EXPECT_EQ(p.data(3, 1), "1.000");
     EXPECT_EQ(p.data(3, 2), "");
+}
+
+TEST(BatchesOnTheSimulator, KineticRunAndOutputRowsComeBackWithTheFit) {
+    prompts::script();
+    kinetic_rig t;
+    file_menu menu{t.rig};
+    kinetic_setup_values v;
+    v.lag = 2, v.rate = 15, v.factor = 100;
+    ASSERT_TRUE(t.apply(*t.setup(), v));
+    ASSERT_TRUE(t.zero());
+    menu.save("mnuFileSaveD", "too-early");
+    EXPECT_EQ(box_texts(), std::vector<QString>{"The data is empty!"});
+    t.rig.instrument.control("sample reaction:0.01");
+    ASSERT_TRUE(t.read(60));
+    ASSERT_TRUE(t.read(60));
+    ASSERT_GT(kinetic.fit.dabs_dt, 0) << "the reaction was read";
+    const std::string rows = rows_text(t.window()->result_rows());
+    const auto samples = kinetic.kn_samples;
+    const double rate = kinetic.fit.dabs_dt;
+    QStringList cells;
+    for (int r = 0; r < t.window()->fgdValley().Rows(); ++r)
+        for (int c = 1; c <= 4; ++c)
+            cells << t.window()->fgdValley().TextMatrix(r, c);
+    ASSERT_EQ(t.window()->fgdValley().Rows(), 3);
+    keep_shot(t.rig, "batch_kinetic_original");
+    menu.save("mnuFileSaveD", "rate-2");
+    menu.save("mnuFileSaveP", "rate-2");
+    EXPECT_EQ(t.window()->result_rows().size(), 20u + 281 + 8);
+
+    menu.leave_and_return("mnuFuncKinetic");
+    t.window()->clear_form(); // the dialog's "Clear data": the window keeps its runs over a return
+    ASSERT_FALSE(t.window()->has_data());
+    menu.load("mnuFileOpenD", "rate-2");
+    EXPECT_TRUE(t.window()->has_data());
+    for (int k = 0; k < kn_samples_count; ++k)
+        ASSERT_NEAR(kinetic.kn_samples[static_cast<std::size_t>(k)], samples[static_cast<std::size_t>(k)],
+                    1e-12);
+    EXPECT_NEAR(kinetic.fit.dabs_dt, rate, 1e-9);
+    QStringList back;
+    for (int r = 0; r < t.window()->fgdValley().Rows(); ++r)
+        for (int c = 1; c <= 4; ++c)
+            back << t.window()->fgdValley().TextMatrix(r, c);
+    EXPECT_EQ(back, cells);
+    EXPECT_EQ(rows_text(t.window()->result_rows()), rows);
+    keep_shot(t.rig, "batch_kinetic_loaded");
+
+    kinetic_setup_values other = v;
+    other.rate = 30, other.unit = "None";
+    ASSERT_TRUE(t.apply(t.open_setup(), other));
+    menu.load("mnuFileOpenP", "rate-2");
+    EXPECT_EQ(kinetic_setup.kn_rate, 15);
+    EXPECT_EQ(kinetic_setup.kn_unit, "U/L");
+    EXPECT_FALSE(t.window()->has_data());
+    prompts::unscript();
 }

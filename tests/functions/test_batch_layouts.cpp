@@ -2,6 +2,8 @@
 // a fresh window: the loaded state writes the same rows again, and a batch cut short loads what it
 // has without reading past its rows.
 #include "functions/function_catalog.h"
+#include "functions/kinetic/frmKinetic.h"
+#include "functions/kinetic/kinetic_data.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
 #include "functions/protein/frmProtein.h"
@@ -339,4 +341,56 @@ TEST_F(BatchLayouts, Protein) {
     EXPECT_EQ(loaded->fgdData().Rows(), 7);
     EXPECT_EQ(loaded->fgdData().TextMatrix(6, 1), "20.000");
     EXPECT_EQ(loaded->fgdData().TextMatrix(6, 2), "");
+}
+
+TEST_F(BatchLayouts, Kinetic) {
+    reset_kinetic();
+    auto w = open<frmKinetic>(fid_kinetic);
+    w->clear_form();
+    EXPECT_FALSE(w->batch_data());
+    KineticSetup& s = kinetic_setup;
+    s.kn_wavelength = "340.5", s.kn_sampling_number = 7, s.kn_lag = 10, s.kn_rate = 60, s.kn_delay = 3;
+    s.kn_low = -0.1, s.kn_high = 2.5, s.kn_factor = 1.5, s.kn_unit = "U/l";
+    s.kn_print_flag = {1, 0, 1, 0, 1, 0};
+    for (int k = 0; k < kn_samples_count; ++k)
+        kinetic.kn_samples[static_cast<std::size_t>(k)] = 0.25 + k * 0.001;
+    kinetic.kn_run_count = 2;
+    for (const kn_output& o :
+         {kn_output{340.5, 0.2f, 0.0125f, 0.01875f, -1}, kn_output{340.5, 0.3f, -0.5f, 2.f, 0}}) {
+        kinetic.outputs.push_back(o);
+        w->fgdValley().AddItem(output_row(static_cast<int>(kinetic.outputs.size()), o));
+    }
+    ASSERT_TRUE(w->batch_data());
+    const auto rows = w->result_rows();
+    ASSERT_EQ(rows.size(), 20u + 281 + 8);
+    EXPECT_EQ(
+        rows_text(std::vector<batch_row>(rows.begin(), rows.begin() + 22)),
+        "P1=340.5 P2=7 P3=10 P4=60 P5=3 P6=-0.1 P7=2.5 P8=1.5 P9=U/l P10=0 P11=My laboratory P12=Sample "
+        "P13=Operator P14= P15=1 P16=0 P17=1 P18=0 P19=1 P20=0 D1=0.25 D2=0.251");
+    EXPECT_EQ(
+        rows_text(std::vector<batch_row>(rows.end() - 9, rows.end())),
+        "D281=0.53 V1=340.50nm V2=0.200A V3=0.0125 V4=0.0188 V5=340.50nm V6=0.300A V7=-0.5000 V8=2.0000");
+    EXPECT_EQ(rows_text(w->parameter_rows()),
+              rows_text(std::vector<batch_row>(rows.begin(), rows.begin() + 20)));
+
+    w.reset();
+    reset_kinetic();
+    auto loaded = open<frmKinetic>(fid_kinetic);
+    loaded->load_result(as_stored(rows));
+    EXPECT_EQ(kinetic_setup.kn_unit, "U/l");
+    EXPECT_EQ(kinetic_setup.kn_rate, 60);
+    EXPECT_DOUBLE_EQ(kinetic_setup.kn_window, processing::kinetic_window(60));
+    EXPECT_EQ(kinetic.kn_samples[280], 0.53);
+    ASSERT_EQ(kinetic.outputs.size(), 2u);
+    EXPECT_FLOAT_EQ(kinetic.outputs[1].dabs_dt, -0.5f);
+    EXPECT_TRUE(loaded->batch_data());
+    EXPECT_GT(kinetic.fit.dabs_dt, 0); // the fit is made again over the loaded curve
+    EXPECT_EQ(rows_text(loaded->result_rows()), rows_text(rows));
+
+    // A batch cut short in its output rows keeps the whole rows; damaged setup values are bounded.
+    auto damaged = cut(rows, "V", 3);
+    damaged[1].value = "500";
+    loaded->load_result(as_stored(damaged));
+    EXPECT_EQ(kinetic.outputs.size(), 1u);
+    EXPECT_EQ(kinetic_setup.kn_sampling_number, 99);
 }

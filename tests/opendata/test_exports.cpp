@@ -3,6 +3,7 @@
 // values come back to 1e-6 and the context names what was measured.
 #include "functions/function_catalog.h"
 #include "functions/function_window.h"
+#include "functions/kinetic/kinetic_data.h"
 #include "functions/photometry/photometry_setup.h"
 #include "functions/protein/frmProtein.h"
 #include "functions/protein/protein_setup.h"
@@ -272,4 +273,35 @@ TEST_F(loaded, ProteinWritesEveryReplicateAndAverageWithTheCalibration) {
     EXPECT_EQ(samples.rows[1][0], QStringLiteral("Avg1"));
     EXPECT_NEAR(number(samples.rows[1][2]), 14.846, 1e-6);
     EXPECT_TRUE(make(fid_protein, export_format::jcamp).empty());
+}
+
+TEST_F(loaded, KineticWritesTheRunWithItsFitAndTheOutputRows) {
+    reset_kinetic();
+    KineticSetup& s = kinetic_setup;
+    s.kn_lag = 10, s.kn_rate = 60, s.kn_factor = 2, s.kn_unit = QStringLiteral("U/L");
+    s.derive();
+    row_writer w(QStringLiteral("D"));
+    for (int k = 0; k < kn_samples_count; ++k)
+        w.add(0.2 + s.sample_time(k) / 600); // 0.1 ABS per minute
+    w.restart(QStringLiteral("V"));
+    for (const char* cell :
+         {"340.00nm", "0.200A", "0.1000", "0.2000", "405.00nm", "0.500A", "-0.0500", "-0.1000"})
+        w.add(QString::fromLatin1(cell));
+    load(fid_kinetic, w.rows);
+    const auto files = make(fid_kinetic, export_format::csv);
+    ASSERT_EQ(files.size(), 2u);
+    EXPECT_EQ(files[1].name, QStringLiteral("run7-output.csv"));
+    const csv_table run = read_csv(files[0].bytes);
+    EXPECT_EQ(run.header, (QStringList{"Time (s)", "Absorbance"}));
+    ASSERT_EQ(run.rows.size(), static_cast<std::size_t>(kn_samples_count));
+    EXPECT_NEAR(number(run.rows[0][0]), s.sample_time(0), 1e-6);
+    EXPECT_NEAR(number(run.rows[280][1]), 0.2 + s.sample_time(280) / 600, 1e-6);
+    EXPECT_NEAR(number(context_value(run, "rate").section(' ', 0, 0)), kinetic.fit.dabs_dt, 1e-6);
+    EXPECT_NEAR(number(context_value(run, "Ka").section(' ', 0, 0)), kinetic.fit.ka, 1e-9);
+    EXPECT_EQ(context_value(run, "unit"), QStringLiteral("U/L"));
+    const csv_table out = read_csv(files[1].bytes);
+    EXPECT_EQ(out.header.back(), QStringLiteral("dC/dT (U/L/min)"));
+    ASSERT_EQ(out.rows.size(), 2u);
+    EXPECT_NEAR(number(out.rows[1][2]), 405, 1e-6);
+    EXPECT_NEAR(number(out.rows[1][5]), -0.1, 1e-6);
 }

@@ -1,5 +1,7 @@
 // The other functions' pieces: Photometry's rows across the page, both Timescans' sheets and
 // read data, Quantitative's samples and equation, and the quick print of a setup dialog.
+#include "functions/kinetic/frmKinetic.h"
+#include "functions/kinetic/kinetic_data.h"
 #include "functions/photometry/dlgPhotometry.h"
 #include "functions/photometry/frmPhotometry.h"
 #include "functions/photometry/photometry_setup.h"
@@ -15,6 +17,7 @@
 #include "functions/timescan_interval/frmTimescan2.h"
 #include "functions/timescan_interval/timescan_interval_data.h"
 #include "platform/grid.h"
+#include "platform/numeric_text.h"
 #include "report/export_excel.h"
 #include "report/quick_print.h"
 #include "report/report_make.h"
@@ -151,6 +154,51 @@ TEST_F(ReportFunctions, TimescanSheetsHoldEachRunAtItsTimes) {
     EXPECT_EQ(pdfs(), before + 1) << "the graph alone";
     QTest::mouseClick(data_button, Qt::LeftButton);
     EXPECT_EQ(pdfs(), before + 2) << "the tables alone";
+}
+
+TEST_F(ReportFunctions, KineticPrintsItsFitAndSelectedOutputRows) {
+    reset_kinetic();
+    kinetic_setup.kn_lag = 10, kinetic_setup.kn_rate = 60;
+    kinetic_setup.derive();
+    frmKinetic w(*function_by_id(fid_kinetic));
+    w.clear_form();
+    EXPECT_FALSE(w.has_data());
+    for (int k = 0; k < kn_samples_count; ++k)
+        kinetic.kn_samples[static_cast<std::size_t>(k)] = 0.2 + kinetic_setup.sample_time(k) / 600;
+    kinetic.kn_run_count = 1;
+    w.zoom_data(); // the crosses and the fit, as at the end of a run
+    for (const kn_output& o :
+         {kn_output{340, 0.2f, 0.1f, 0.1f, -1}, kn_output{405, 0.5f, -0.05f, -0.05f, 0}}) {
+        kinetic.outputs.push_back(o);
+        w.fgdValley().AddItem(output_row(static_cast<int>(kinetic.outputs.size()), o));
+    }
+    ASSERT_TRUE(w.has_data());
+    const QJsonArray book = read_workbook(export_as(w, "rates.xls"));
+    ASSERT_EQ(sheet_names(book), (QStringList{"Read data", "Track data", "Sampled data", "Output data"}));
+    const QJsonArray read = sheet(book, "Read data")["rows"].toArray();
+    ASSERT_EQ(read.size(), 281);
+    EXPECT_EQ(read[0].toArray(), (QJsonArray{"0.00sec", "0.2000"}));
+    EXPECT_EQ(read[280].toArray(), (QJsonArray{"80.00sec", "0.3333"}));
+    EXPECT_EQ(sheet(book, "Output data")["rows"].toArray().size(), 3);
+    EXPECT_EQ(sheet(book, "Sampled data")["rows"].toArray().size(), 6); // the head and 5 points
+
+    kinetic_setup.kn_print_flag = {0, 0, 1, 0, 0, 1};
+    const QStringList t = texts_of(*report_make(w, 1.0));
+    for (const char* line : {"Function = KINETIC", "Rate time = 60 sec", "Low value = 0.000 ABS",
+                             "ABS = Ka * T + Kb", "Ka = 0.0017", "Output data"})
+        EXPECT_TRUE(t.contains(line)) << line;
+    EXPECT_TRUE(t.contains("Kb = " + format_text(kinetic.fit.kb, "#0.0000")));
+    EXPECT_TRUE(t.contains("340.00nm"));
+    EXPECT_FALSE(t.contains("405.00nm")) << "an unselected output row";
+    EXPECT_FALSE(t.contains("Sampled data"));
+    const QStringList data = texts_of(*quick_data_page(w));
+    EXPECT_TRUE(data.contains("Sampled data"));
+    EXPECT_TRUE(data.contains("Diff."));
+    const QStringList graph = texts_of(*quick_graph_page(w));
+    EXPECT_TRUE(graph.contains("Time(sec)"));
+    EXPECT_FALSE(graph.join('|').contains("Function ="));
+    kinetic_setup.kn_print_flag = {1, 1, 1, 1, 1, 1};
+    expect_pdf_like_preview(w, data_, "kinetic_report.pdf");
 }
 
 TEST_F(ReportFunctions, TimescanIntervalPrintsItsSelectedReadRows) {

@@ -1,6 +1,7 @@
 #include "frmKinetic.h"
 
 #include "dlgKinetic.h"
+#include "functions/dialog_parts.h"
 #include "functions/mark_rows.h"
 #include "functions/timescan/timescan_data.h"
 #include "functions/timescan/timescan_plot.h"
@@ -97,6 +98,7 @@ frmKinetic::frmKinetic(const function_entry& entry, QWidget* parent) : function_
     scroll_->setMinimumHeight(450); // the square, its labels and the rate below
     left->addWidget(labels_[0]);
     left->addWidget(labels_[1]);
+    left->addLayout(quick_print_buttons(this, true));
     layout->addWidget(tabs_);
     for (int i = 0; i < 3; ++i) {
         tabs_->addTab(QString::fromLatin1(captions[i]));

@@ -49,6 +49,15 @@ public:
     bool has_data() const override;
     QDialog* make_setup_dialog(QWidget* parent) override;
 
+    // Stored batches (kinetic_batches.cpp)
+    bool keeps_batches() const override { return true; }
+    bool batch_data() const override;
+    std::vector<batch_row> result_rows() const override;
+    std::vector<batch_row> parameter_rows() const override;
+    void load_result(const std::vector<batch_row>& rows) override;
+    void read_parameters(const std::vector<batch_row>& rows) override;
+    void parameters_loaded() override;
+
     plot_surface& picKinetic() const { return *surface_; }
     grid& fgdTrack() const { return *tables_[0]; }
     grid& fgdPeak() const { return *tables_[1]; }
