@@ -14,6 +14,7 @@ class QTabWidget;
 namespace lumora {
 
 class grid;
+class standards_keying;
 
 class dlgProtein : public QDialog {
     Q_OBJECT
@@ -69,8 +70,7 @@ private:
     grid* fgd_standard_ = nullptr;
     std::array<QCheckBox*, 4> check1_{};
     std::array<QLineEdit*, 4> txt_report_{};
-    bool first_key_ = true;                   // the next character blanks the cell first
-    int entered_row_ = -1, entered_col_ = -1; // the cell the first-key flag belongs to
+    standards_keying* keying_ = nullptr;
     bool rebuilding_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "dlgQuant.h"
 
 #include "functions/dialog_parts.h"
+#include "functions/standards_editor.h"
 
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
@@ -13,11 +14,8 @@
 #include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
-#include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
@@ -29,27 +27,6 @@ namespace {
 
 double number(const QString& text) {
     return val(text.toStdString());
-}
-
-// The picture of a fit tab: a straight line or a curve, through the origin or above it.
-QIcon fit_picture(int fit_type) {
-    QPixmap pm(32, 24);
-    pm.fill(Qt::white);
-    QPainter p(&pm);
-    p.setPen(Qt::black);
-    p.drawLine(3, 21, 30, 21);
-    p.drawLine(3, 21, 3, 2);
-    p.setPen(QPen(QColor(200, 0, 0), 2));
-    const int y0 = fit_type == 2 || fit_type == 4 ? 15 : 21;
-    QPointF last(3, y0);
-    for (int x = 4; x <= 29; ++x) {
-        const double t = (x - 3) / 26.0;
-        const double rise = fit_type <= 2 ? t : t * t;
-        const QPointF now(x, y0 - rise * (y0 - 3));
-        p.drawLine(last, now);
-        last = now;
-    }
-    return QIcon(pm);
 }
 
 const QString kWarning = QStringLiteral("Warning");
@@ -126,17 +103,7 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     std_form->addRow(buddy_label(QStringLiteral("Standard number="), txt_standard_, standard,
                                  QStringLiteral("lblStandard_0")),
                      txt_standard_);
-    tsp_fit_ = new QTabBar(standard);
-    tsp_fit_->setObjectName(QStringLiteral("tspFit"));
-    tsp_fit_->setToolTip(QStringLiteral("Select fit type"));
-    tsp_fit_->setIconSize(QSize(32, 24));
-    tsp_fit_->setUsesScrollButtons(false); // all four pictures in sight
-    tsp_fit_->setExpanding(false);
-    for (int t = 1; t <= 4; ++t) {
-        tsp_fit_->addTab(fit_picture(t), QString());
-        tsp_fit_->setTabToolTip(t - 1, QString::fromLatin1(fit_equation_setup(t)));
-        tsp_fit_->setAccessibleTabName(t - 1, QString::fromLatin1(fit_equation_setup(t)));
-    }
+    tsp_fit_ = make_fit_tabs(standard);
     connect(tsp_fit_, &QTabBar::currentChanged, this, &dlgQuant::tspFit_Click);
     std_form->addRow(
         buddy_label(QStringLiteral("Fit type="), tsp_fit_, standard, QStringLiteral("lblStandard_1")),
@@ -149,11 +116,7 @@ dlgQuant::dlgQuant(QWidget* parent) : QDialog(parent) {
     fgd_standard_ = new grid(standard);
     fgd_standard_->setObjectName(QStringLiteral("fgdStandard"));
     fgd_standard_->setAccessibleName(QStringLiteral("Standards"));
-    fgd_standard_->installEventFilter(this);
-    // Writing a cell may re-announce the same current cell: only a move to another cell counts.
-    connect(fgd_standard_, &QTableWidget::currentCellChanged, this, [this](int row, int col) {
-        if (row != entered_row_ || col != entered_col_) fgdStandard_EnterCell();
-    });
+    keying_ = new standards_keying(fgd_standard_, [this] { changed_ = true; });
     std_layout->addWidget(fgd_standard_, 1);
     auto* clear = new QPushButton(QStringLiteral("Clear data"), standard);
     clear->setObjectName(QStringLiteral("cmdClear"));
@@ -179,18 +142,6 @@ bool dlgQuant::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn)
         for (QLineEdit* t : txt_inst_)
             if (watched == t) t->selectAll();
-    if (watched == fgd_standard_ && event->type() == QEvent::KeyPress) {
-        auto* key = static_cast<QKeyEvent*>(event);
-        // Only Delete has the key code 46 here; Qt's code of the full stop is 46 too.
-        fgdStandard_KeyDown(key->key() == Qt::Key_Delete ? 46 : 0);
-        // Backspace and the other control keys arrive as characters too, and are refused there.
-        const QString text = key->key() == Qt::Key_Backspace ? QString(QChar(8)) : key->text();
-        if (!text.isEmpty() && key->key() != Qt::Key_Delete) fgdStandard_KeyPress(text.at(0));
-        const bool navigation = key->key() == Qt::Key_Up || key->key() == Qt::Key_Down ||
-                                key->key() == Qt::Key_Left || key->key() == Qt::Key_Right ||
-                                key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab;
-        return !navigation;
-    }
     return QDialog::eventFilter(watched, event);
 }
 
@@ -263,14 +214,7 @@ void dlgQuant::txtInst_LostFocus(int index) {
 
 void dlgQuant::txtStandard_Change() {
     if (rebuilding_) return;
-    const double v = number(txt_standard_->text());
-    QString text;
-    if (v < 1) text = QStringLiteral("1");
-    if (v > 20) text = QStringLiteral("20");
-    if (!text.isEmpty() && text != txt_standard_->text()) {
-        txt_standard_->setText(text); // comes back here with the corrected text
-        return;
-    }
+    if (hold_standard_number(txt_standard_)) return; // comes back here with the corrected text
     if (standard_type() != 2) rebuild_grid();
 }
 
@@ -324,32 +268,15 @@ void dlgQuant::tspFit_Click() {
 }
 
 void dlgQuant::fgdStandard_EnterCell() {
-    entered_row_ = fgd_standard_->currentRow();
-    entered_col_ = fgd_standard_->currentColumn();
-    first_key_ = true;
+    keying_->enter_cell();
 }
 
 void dlgQuant::fgdStandard_KeyPress(QChar key) {
-    grid& g = *fgd_standard_;
-    const int r = g.currentRow(), c = g.currentColumn();
-    if (r < 1 || c < 1) return; // the header row and column are not for keying
-    if (first_key_) {
-        g.setTextMatrix(r, c, QString());
-        first_key_ = false;
-    }
-    if (key == QLatin1Char('-') || key == QLatin1Char('.') ||
-        (key >= QLatin1Char('0') && key <= QLatin1Char('9')))
-        g.setTextMatrix(r, c, g.TextMatrix(r, c) + key);
+    keying_->key_press(key);
 }
 
 void dlgQuant::fgdStandard_KeyDown(int key_code) {
-    changed_ = true;
-    if (key_code != 46) return;
-    grid& g = *fgd_standard_;
-    const int r = g.currentRow(), c = g.currentColumn();
-    if (r < 1 || c < 1) return;
-    const QString t = g.TextMatrix(r, c);
-    if (!t.isEmpty()) g.setTextMatrix(r, c, t.left(t.size() - 1));
+    keying_->key_down(key_code);
 }
 
 bool dlgQuant::validate() {

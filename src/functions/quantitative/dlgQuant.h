@@ -16,6 +16,7 @@ class QTabWidget;
 namespace lumora {
 
 class grid;
+class standards_keying;
 
 class dlgQuant : public QDialog {
     Q_OBJECT
@@ -83,9 +84,8 @@ private:
     grid* fgd_standard_ = nullptr;
     std::array<QCheckBox*, 4> check1_{};
     std::array<QLineEdit*, 4> txt_report_{};
-    bool changed_ = false;                    // a key went down in the grid
-    bool first_key_ = true;                   // the next character blanks the cell first
-    int entered_row_ = -1, entered_col_ = -1; // the cell the first-key flag belongs to
+    bool changed_ = false; // a key went down in the grid
+    standards_keying* keying_ = nullptr;
     bool rebuilding_ = false;
 };
 
