@@ -1,12 +1,15 @@
 #include "dialog_parts.h"
 
+#include "platform/grid.h"
+
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QDialog>
 #include <QFormLayout>
-#include <QLineEdit>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 
 namespace lumora {
@@ -42,8 +45,8 @@ void add_report_tab(QTabWidget* tabs, std::array<QLineEdit*, 4>& texts, const ch
         t->setObjectName(QStringLiteral("txtReport_%1").arg(i));
         t->setToolTip(QStringLiteral("Enter text"));
         texts[i] = t;
-        form->addRow(buddy_label(QString::fromLatin1(labels[i]), t, report, QStringLiteral("lblReport_%1").arg(i)),
-                     t);
+        form->addRow(
+            buddy_label(QString::fromLatin1(labels[i]), t, report, QStringLiteral("lblReport_%1").arg(i)), t);
     }
     layout->addLayout(form);
     if (heading) layout->addWidget(new QLabel(QStringLiteral("Additional printing:"), report));
@@ -92,6 +95,29 @@ QBoxLayout* quick_print_buttons(QWidget* window, bool graph) {
     });
     row->addStretch();
     return row;
+}
+
+void add_table_frames(QWidget* window, QTabBar* tabs, QBoxLayout* layout, int stretch, std::size_t count,
+                      const char* const* captions, const char* const* names, grid** tables,
+                      QWidget** frames) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (captions) tabs->addTab(QString::fromLatin1(captions[i]));
+        auto* frame = new QWidget(window);
+        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
+        auto* frame_layout = new QVBoxLayout(frame);
+        frame_layout->setContentsMargins(0, 0, 0, 0);
+        auto* g = new grid(frame);
+        g->setObjectName(QString::fromLatin1(names[i]));
+        frame_layout->addWidget(g);
+        tables[i] = g;
+        frames[i] = frame;
+        layout->addWidget(frame, stretch);
+    }
+}
+
+void show_only_frame(QWidget* const* frames, std::size_t count, int index) {
+    for (std::size_t i = 0; i < count; ++i)
+        frames[i]->setVisible(static_cast<int>(i) == index);
 }
 
 } // namespace lumora

@@ -11,10 +11,13 @@ class QCheckBox;
 class QDialog;
 class QLabel;
 class QLineEdit;
+class QTabBar;
 class QTabWidget;
 class QWidget;
 
 namespace lumora {
+
+class grid;
 
 // A caption label with `field` as its buddy, so screen readers name the field by it.
 QLabel* buddy_label(const QString& text, QWidget* field, QWidget* parent, const QString& name);
@@ -46,6 +49,22 @@ struct dialog_buttons {
     std::function<void()> cancel;
 };
 void lay_out_setup_dialog(QDialog* dialog, QTabWidget* tabs, const dialog_buttons& buttons);
+
+// A result window's tables, one per tab of `tabs`: tab i gets `captions[i]` (none when `captions`
+// is null) and a frame "Frame1_<i>" holding the grid `names[i]`, added to `layout` with `stretch`.
+void add_table_frames(QWidget* window, QTabBar* tabs, QBoxLayout* layout, int stretch, std::size_t count,
+                      const char* const* captions, const char* const* names, grid** tables, QWidget** frames);
+template <std::size_t N>
+void add_table_frames(QWidget* window, QTabBar* tabs, QBoxLayout* layout, int stretch,
+                      const char* const (&captions)[N], const char* const (&names)[N],
+                      std::array<grid*, N>& tables, std::array<QWidget*, N>& frames) {
+    add_table_frames(window, tabs, layout, stretch, N, captions, names, tables.data(), frames.data());
+}
+// Only the frame of tab `index` in sight; -1 hides them all.
+void show_only_frame(QWidget* const* frames, std::size_t count, int index);
+template <std::size_t N> void show_only_frame(const std::array<QWidget*, N>& frames, int index) {
+    show_only_frame(frames.data(), N, index);
+}
 
 // A result window's "Quick print" buttons in a row: cmdQuickPrint_0 prints the graph alone,
 // cmdQuickPrint_1 the tables alone. Without `graph` only the second (Photometry's one button).

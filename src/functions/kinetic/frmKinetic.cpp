@@ -100,19 +100,7 @@ frmKinetic::frmKinetic(const function_entry& entry, QWidget* parent) : function_
     left->addWidget(labels_[1]);
     left->addLayout(quick_print_buttons(this, true));
     layout->addWidget(tabs_);
-    for (int i = 0; i < 3; ++i) {
-        tabs_->addTab(QString::fromLatin1(captions[i]));
-        auto* frame = new QWidget(this);
-        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
-        auto* frame_layout = new QVBoxLayout(frame);
-        frame_layout->setContentsMargins(0, 0, 0, 0);
-        auto* g = new grid(frame);
-        g->setObjectName(QString::fromLatin1(names[i]));
-        frame_layout->addWidget(g);
-        tables_[static_cast<std::size_t>(i)] = g;
-        frames_[static_cast<std::size_t>(i)] = frame;
-        layout->addWidget(frame, 2);
-    }
+    add_table_frames(this, tabs_, layout, 2, captions, names, tables_, frames_);
     connect(tabs_, &QTabBar::currentChanged, this, &frmKinetic::show_table);
     for (int i = 0; i < 3; ++i)
         connect(tables_[static_cast<std::size_t>(i)], &QTableWidget::cellClicked, this,
@@ -146,8 +134,7 @@ frmKinetic::~frmKinetic() {
 }
 
 void frmKinetic::show_table(int index) {
-    for (int i = 0; i < 3; ++i)
-        frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
+    show_only_frame(frames_, index);
 }
 
 void frmKinetic::set_form_visible(bool visible) {

@@ -1,4 +1,5 @@
 #include "frmSpectrum.h"
+#include "functions/dialog_parts.h"
 #include "functions/mark_rows.h"
 
 #include "dlgSpectrum.h"
@@ -51,19 +52,7 @@ frmSpectrum::frmSpectrum(const function_entry& entry, QWidget* parent) : functio
     layout->addWidget(labels_[0]);
     layout->addWidget(labels_[1]);
     layout->addWidget(tabs_);
-    for (int i = 0; i < 3; ++i) {
-        tabs_->addTab(QString::fromLatin1(captions[i]));
-        auto* frame = new QWidget(this);
-        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
-        auto* frame_layout = new QVBoxLayout(frame);
-        frame_layout->setContentsMargins(0, 0, 0, 0);
-        auto* g = new grid(frame);
-        g->setObjectName(QString::fromLatin1(names[i]));
-        frame_layout->addWidget(g);
-        tables_[static_cast<std::size_t>(i)] = g;
-        frames_[static_cast<std::size_t>(i)] = frame;
-        layout->addWidget(frame, 2);
-    }
+    add_table_frames(this, tabs_, layout, 2, captions, names, tables_, frames_);
     connect(tabs_, &QTabBar::currentChanged, this, &frmSpectrum::show_table);
     for (int i = 0; i < 3; ++i)
         connect(tables_[static_cast<std::size_t>(i)], &QTableWidget::cellClicked, this,
@@ -112,8 +101,7 @@ axes_text frmSpectrum::axes() const {
 }
 
 void frmSpectrum::show_table(int index) {
-    for (int i = 0; i < 3; ++i)
-        frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
+    show_only_frame(frames_, index);
 }
 
 void frmSpectrum::hide_tracks() {

@@ -72,19 +72,7 @@ frmTimescan::frmTimescan(const function_entry& entry, QWidget* parent) : functio
     layout->addWidget(labels_[1]);
     layout->addLayout(quick_print_buttons(this, true));
     layout->addWidget(tabs_);
-    for (int i = 0; i < 3; ++i) {
-        tabs_->addTab(QString::fromLatin1(captions[i]));
-        auto* frame = new QWidget(this);
-        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
-        auto* frame_layout = new QVBoxLayout(frame);
-        frame_layout->setContentsMargins(0, 0, 0, 0);
-        auto* g = new grid(frame);
-        g->setObjectName(QString::fromLatin1(names[i]));
-        frame_layout->addWidget(g);
-        tables_[static_cast<std::size_t>(i)] = g;
-        frames_[static_cast<std::size_t>(i)] = frame;
-        layout->addWidget(frame, 2);
-    }
+    add_table_frames(this, tabs_, layout, 2, captions, names, tables_, frames_);
     connect(tabs_, &QTabBar::currentChanged, this, &frmTimescan::show_table);
     for (int i = 0; i < 3; ++i)
         connect(tables_[static_cast<std::size_t>(i)], &QTableWidget::cellClicked, this,
@@ -129,8 +117,7 @@ frmTimescan::~frmTimescan() {
 }
 
 void frmTimescan::show_table(int index) {
-    for (int i = 0; i < 3; ++i)
-        frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
+    show_only_frame(frames_, index);
 }
 
 void frmTimescan::set_form_visible(bool visible) {
