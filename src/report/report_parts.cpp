@@ -8,6 +8,9 @@
 
 namespace lumora {
 
+// Text stops this far short of the page's right edge.
+constexpr int report_right_margin = 40;
+
 void report_title_block(report_page& page, const QString& laboratory, const QString& subject,
                         const QString& op, const QString& remark) {
     const int k = page.k();
@@ -145,8 +148,38 @@ void report_parameters(report_page& page, int left, const QStringList& lines) {
     const double k = page.k();
     page.head(left * k, 200 * k, QStringLiteral("Parameter settings"));
     page.y = 200 * k + page.text_height();
+    const double width = (report_page_width - report_right_margin - left) * k;
+    const auto measure = [&page](const QString& t) { return page.text_width(t); };
     for (const QString& l : lines)
-        page.print_line(left * k, l);
+        for (const QString& piece : wrap_line(l, width, measure))
+            page.print_line(left * k, piece);
+}
+
+QStringList wrap_line(const QString& text, double width,
+                      const std::function<double(const QString&)>& measure) {
+    QStringList pieces;
+    QString rest = text;
+    const QString indent = QStringLiteral("  ");
+    while (!rest.isEmpty()) {
+        const QString lead = pieces.isEmpty() ? QString() : indent;
+        if (measure(lead + rest) <= width) {
+            pieces << lead + rest;
+            break;
+        }
+        // The longest head that fits, at least one character so that every pass moves on.
+        qsizetype fit = 1;
+        while (fit < rest.size() && measure(lead + rest.left(fit + 1)) <= width)
+            ++fit;
+        qsizetype cut = fit;
+        for (qsizetype i = fit; i > 0; --i)
+            if (rest[i - 1] == QLatin1Char(' ') || rest[i - 1] == QLatin1Char(',')) {
+                cut = i;
+                break;
+            }
+        pieces << lead + rest.left(cut).trimmed();
+        rest = rest.mid(cut).trimmed();
+    }
+    return pieces;
 }
 
 } // namespace lumora

@@ -7,6 +7,7 @@
 
 #include <QStringList>
 #include <array>
+#include <functional>
 #include <vector>
 
 namespace lumora {
@@ -72,7 +73,12 @@ private:
 void report_marked_rows(report_columns& out, const grid& table, const processing::mark* marks, int count,
                         int cols);
 
-// The parameter block at `left`: head "Parameter settings" at row 200 and a line each.
+// The parameter block at `left`: head "Parameter settings" at row 200 and a line each. A line
+// that would run past the page's right margin goes on in the next line, indented.
 void report_parameters(report_page& page, int left, const QStringList& lines);
+// `text` in pieces no wider than `width` by `measure`, broken after the last blank or comma that
+// fits (inside a word where none does); every piece after the first starts with two blanks.
+QStringList wrap_line(const QString& text, double width,
+                      const std::function<double(const QString&)>& measure);
 
 } // namespace lumora

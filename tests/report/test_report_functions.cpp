@@ -309,7 +309,7 @@ TEST_F(ReportFunctions, ProteinPrintsItsReplicatesUnderBothGraphsAndExportsBothT
     protein.print_flags = {0, 0, 1, 0};
     const QStringList t = texts_of(*report_make(w, 1.0));
     for (const char* line :
-         {"Function = PROTEIN ANALYSIS", "Assay type = Lowry Protein Analysis,high sensitivity",
+         {"Function = PROTEIN ANALYSIS", "Assay type = Lowry Protein Analysis,", "  high sensitivity",
           "Wavelength = 750 nm", "No of standard replicate = 2", "No of sample replicate = 1",
           "Delay time(sec) = 5", "Unit = ug/mL", "Standard number = 2", "Fit type = 1st order through zero",
           "Difference", "(ABS/dLambda)"})

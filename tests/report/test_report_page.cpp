@@ -2,6 +2,7 @@
 // say, and how the scale reaches geometry and fonts.
 #include "plot/palette.h"
 #include "report/report_page.h"
+#include "report/report_parts.h"
 
 #include <QDateTime>
 #include <gtest/gtest.h>
@@ -107,6 +108,30 @@ TEST(ReportPage, PreviewShowsGreyBandsBetweenPages) {
         EXPECT_EQ(image.pixelColor(image.width() - 3, y), standard_color(8));
     }
     EXPECT_EQ(image.pixelColor(2, static_cast<int>(400 * 8 * px)), QColor(Qt::white));
+}
+
+// The longest assay name runs past the right margin beside the graph: it must go on in the next
+// line, broken where a reader expects it, with nothing lost and nothing past the margin.
+TEST(ReportPage, LongParameterLinesWrapInsideTheMargin) {
+    const auto chars = [](const QString& t) { return double(t.size()); };
+    EXPECT_EQ(wrap_line(QStringLiteral("Assay type = Lowry Protein Analysis,high sensitivity"), 30, chars),
+              (QStringList{"Assay type = Lowry Protein", "  Analysis,high sensitivity"}));
+    EXPECT_EQ(wrap_line(QStringLiteral("Unit = ug/mL"), 30, chars), QStringList{"Unit = ug/mL"});
+    // No blank to break at: cut inside the word, and never loop on a piece that cannot fit.
+    EXPECT_EQ(wrap_line(QStringLiteral("abcdefgh"), 3, chars),
+              (QStringList{"abc", "  d", "  e", "  f", "  g", "  h"}));
+
+    report_page page(1.0, {}, when);
+    report_parameters(page, 430, {QStringLiteral("Assay type = Lowry Protein Analysis,high sensitivity")});
+    QStringList texts;
+    for (const auto& op : page.texts())
+        if (op.text != QStringLiteral("Parameter settings")) {
+            texts << op.text.trimmed();
+            EXPECT_LE(op.at.x() + page.text_width(op.text), (report_page_width - 40) * page.k()) << op.text.toStdString();
+        }
+    EXPECT_GE(texts.size(), 2);
+    EXPECT_EQ(texts.join(' ').replace(QStringLiteral(", "), QStringLiteral(",")),
+              QStringLiteral("Assay type = Lowry Protein Analysis,high sensitivity"));
 }
 
 } // namespace
