@@ -202,13 +202,21 @@ TEST(StartupFaults, GarbageAndShortFramesNeverStopTheProgram) {
     sim_rig rig;
     press(rig.window->port_dialog(), "cmdPortOpen");
     ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
+    // Short frames are dropped after the silence and never shown as readings.
+    std::vector<QString> readings;
+    QObject::connect(&rig.window->sbStatusBar(), &status_bar::panel_written, [&](int n, const QString& t) {
+        if (n == 2) readings.push_back(t);
+    });
+    rig.instrument.control("fault short_frames on");
+    rig.run_for(5);
+    rig.instrument.control("fault short_frames off");
+    EXPECT_GT(rig.window->MSComm1().counts().dropped, 50u);
+    for (const QString& r : readings)
+        EXPECT_EQ(r, QStringLiteral("0.000A")) << "a short frame was read as a reading";
     rig.instrument.control("fault garbage on");
     rig.run_for(10);
     EXPECT_GT(shared.unknown_reply_count, 0) << "garbage first bytes are counted";
     rig.instrument.control("fault garbage off");
-    rig.instrument.control("fault short_frames on");
-    rig.run_for(5);
-    rig.instrument.control("fault short_frames off");
     // A new exchange brings the stream back in step.
     set_target_lambda(600);
     begin_exchange();
