@@ -25,7 +25,7 @@ double number(const QString& text) {
 
 TEST(PhotometryPty, CyclesWithAWaitOnTheRealClockKeepTheWindowLive) {
     reset_photometry();
-    test::pty_program p({"--speed", "2"});
+    test::pty_program p({"--speed", "4"});
     ASSERT_TRUE(p.live());
     p.window->resize(900, 600);
     p.window->show();
