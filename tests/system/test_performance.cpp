@@ -69,7 +69,9 @@ TEST(PerformanceWindow, ATrueInstrumentPassesEveryCheckAndTheRunIsStoredAndCerti
     performance_rig r({}, noisy);
     ASSERT_NE(r.window, nullptr);
     r.window->txtOperator()->setText(QStringLiteral("A. Analyst"));
+    const double started = r.rig.instrument.now();
     r.window->cmdRun_Click();
+    EXPECT_GE(r.rig.instrument.now() - started, 600.0) << "the drift check reads for its ten minutes";
     ASSERT_EQ(r.window->results().size(), 7u);
     for (const check_result& c : r.window->results())
         EXPECT_EQ(c.verdict, processing::verdict::pass)
