@@ -222,6 +222,7 @@ TEST(MainWindowPosition, IsStoredAtCloseAndRestoredAtTheNextStart) {
         first.close();
     }
     EXPECT_EQ(app_settings::get("MainWidth"), QStringLiteral("812"));
+    EXPECT_EQ(app_settings::get("Missing", "d"), QStringLiteral("d"));
     frmMain second(std::make_unique<memory_backend>());
     EXPECT_EQ(second.geometry().size(), QSize(812, 633));
     EXPECT_EQ(second.geometry().topLeft(), QPoint(70, 90));

@@ -83,11 +83,7 @@ struct kinetic_rig {
     bool read(double limit) {
         taken.clear();
         rig.window->toolbar_button(3)->trigger();
-        return rig.run_until(
-            [&] {
-                return shared.measure_mode == mm_lambda_panel && rig.window->toolbar_button(3)->isEnabled();
-            },
-            limit);
+        return rig.run_until([&] { return rig.idle(); }, limit);
     }
 };
 

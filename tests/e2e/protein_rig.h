@@ -56,9 +56,7 @@ struct protein_rig {
         for (std::size_t r = 0; r < conc.size(); ++r)
             key_in(static_cast<int>(r) + 1, conc[r]);
     }
-    bool idle() const {
-        return shared.measure_mode == mm_lambda_panel && rig.window->toolbar_button(3)->isEnabled();
-    }
+    bool idle() const { return rig.idle(); }
     bool zero(const std::string& sample = "blank") {
         rig.instrument.control("sample " + sample);
         rig.window->toolbar_button(2)->trigger();
@@ -75,13 +73,7 @@ struct protein_rig {
         rig.run_for(1.0);
         return done;
     }
-    std::vector<QString> boxes() {
-        std::vector<QString> out;
-        for (const shown_box& b : prompts::shown())
-            out.push_back(b.text);
-        prompts::clear_shown();
-        return out;
-    }
+    std::vector<QString> boxes() { return take_shown_texts(); }
     QString data(int r, int c) const { return window->fgdData().TextMatrix(r, c); }
     QString sample(int r, int c) const { return window->fgdSample().TextMatrix(r, c); }
 };

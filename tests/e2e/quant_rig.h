@@ -58,9 +58,7 @@ struct quant_rig {
             for (std::size_t c = 0; c < rows[r].size(); ++c)
                 key_in(static_cast<int>(r) + 1, static_cast<int>(c) + 1, rows[r][c]);
     }
-    bool idle() const {
-        return shared.measure_mode == mm_lambda_panel && rig.window->toolbar_button(3)->isEnabled();
-    }
+    bool idle() const { return rig.idle(); }
     // Zero on what is in the beam; then the lambda panel takes the blank as its reference.
     bool zero() {
         rig.window->toolbar_button(2)->trigger();
@@ -79,13 +77,7 @@ struct quant_rig {
         return done;
     }
     // The texts of the boxes shown since the last call.
-    std::vector<QString> boxes() {
-        std::vector<QString> out;
-        for (const shown_box& b : prompts::shown())
-            out.push_back(b.text);
-        prompts::clear_shown();
-        return out;
-    }
+    std::vector<QString> boxes() { return take_shown_texts(); }
 };
 
 } // namespace lumora::test

@@ -6,11 +6,13 @@
 #include "link/link_context.h"
 #include "link/shared_state.h"
 #include "platform/comm_port.h"
+#include "platform/prompts.h"
 #include "platform/status_bar.h"
 #include "sim/instrument.h"
 #include "store/database.h"
 #include "store/settings_store.h"
 
+#include <QAction>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -26,6 +28,15 @@ struct panel_write {
     int panel;
     QString text;
 };
+
+// The texts of the boxes shown since the last call.
+inline std::vector<QString> take_shown_texts() {
+    std::vector<QString> out;
+    for (const shown_box& b : prompts::shown())
+        out.push_back(b.text);
+    prompts::clear_shown();
+    return out;
+}
 
 class sim_rig {
 public:
@@ -153,6 +164,10 @@ public:
     // The start-up is over and the live reading runs in panel 2.
     bool live() const {
         return shared.function_id == fid_no_function && panel(2).endsWith('A') && panel(6).startsWith("OK.");
+    }
+    // No pass runs and Read is offered again.
+    bool idle() const {
+        return shared.measure_mode == mm_lambda_panel && window->toolbar_button(3)->isEnabled();
     }
     // "Port open" in the port dialog, then the start-up until the live reading shows.
     bool open_port_until_live(double limit = 120) {

@@ -1,31 +1,18 @@
 // Replies that reach the program merged, split or in bursts, as they do when the interface is
 // busy: every baseline and sample point must still land at its own nanometre, and every scan and
 // the start-up must end.
-#include "app/frmMain.h"
-#include "link/frmPortSet.h"
-#include "link/shared_state.h"
-#include "platform/comm_port.h"
-#include "platform/status_bar.h"
-#include "sim/model.h"
-#include "sim_process.h"
-#include "spectrum_rig.h"
-#include "store/database.h"
-#include "store/settings_store.h"
-#include "support/wait.h"
-
 #include "platform/prompts.h"
-#include <QFile>
+#include "pty_program.h"
+#include "sim/model.h"
+#include "spectrum_rig.h"
+
 #include <QLabel>
-#include <QProcess>
-#include <QPushButton>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace lumora;
-using lumora::test::sim_process;
 using lumora::test::spectrum_rig;
 
 namespace {
@@ -82,59 +69,8 @@ INSTANTIATE_TEST_SUITE_P(Seeded, ChunkedReplies,
                                     std::to_string(info.param.largest_piece) + "bytes";
                          });
 
-TEST(ShortFrames, AreDroppedAfterSilenceAndNeverShownAsReadings) {
-    test::sim_rig rig;
-    ASSERT_TRUE(rig.open_port_until_live());
-    std::vector<QString> readings;
-    QObject::connect(&rig.window->sbStatusBar(), &status_bar::panel_written, [&](int n, const QString& t) {
-        if (n == 2) readings.push_back(t);
-    });
-    rig.instrument.control("fault short_frames on");
-    rig.run_for(5);
-    EXPECT_GT(rig.window->MSComm1().counts().dropped, 50u);
-    for (const QString& r : readings)
-        EXPECT_EQ(r, QStringLiteral("0.000A")) << "a short frame was read as a reading";
-}
-
-namespace {
-
-// The program over the real serial path, its port dialog's "Port open" pressed.
-struct live_program {
-    std::unique_ptr<frmMain> window;
-    explicit live_program(const QString& dir, const QString& link) {
-        qputenv("LUMORA_COM1", link.toLocal8Bit());
-        reset_shared_state();
-        db_open_file(dir + "/Lumora.db", true);
-        load_settings();
-        window = std::make_unique<frmMain>(make_serial_backend());
-        window->Form_Load();
-        set_default_colors();
-        window->show_port_dialog();
-        window->port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
-    }
-    ~live_program() {
-        window.reset();
-        db_close();
-        qunsetenv("LUMORA_COM1");
-    }
-    bool live(int timeout_ms) {
-        return test::wait_until(
-            [&] {
-                return shared.function_id == fid_no_function &&
-                       window->sbStatusBar().text(6).startsWith("OK.") &&
-                       window->sbStatusBar().text(2).endsWith('A');
-            },
-            timeout_ms);
-    }
-};
-
-} // namespace
-
 TEST(StalledInterface, StartupBaselineKeepsAllPointsWhileTheWindowFreezesAtRandom) {
-    QTemporaryDir dir;
-    sim_process sim(dir.path(), {"--speed", "4"});
-    ASSERT_TRUE(QFile::exists(sim.link));
-    live_program program(dir.path(), sim.link);
+    test::pty_program program({"--speed", "4"});
     // The interface freezes for 200 ms at random moments, as a long repaint or a busy machine does.
     QRandomGenerator rng(7);
     QTimer stall;
@@ -146,24 +82,27 @@ TEST(StalledInterface, StartupBaselineKeepsAllPointsWhileTheWindowFreezesAtRando
         stall.start(static_cast<int>(rng.bounded(50, 400)));
     });
     stall.start(10);
-    ASSERT_TRUE(program.live(60000)) << "panel 6: " << program.window->sbStatusBar().text(6).toStdString();
+    ASSERT_TRUE(program.live()) << "panel 6: " << program.panel(6).toStdString();
     stall.stop();
     EXPECT_GT(stalls, 5);
     EXPECT_EQ(first_misplaced_baseline_point(), -1);
-    EXPECT_EQ(program.window->sbStatusBar().text(1), QStringLiteral("500nm"));
+    EXPECT_EQ(program.panel(1), QStringLiteral("500nm"));
     EXPECT_GT(program.window->MSComm1().counts().cut, 0u) << "the stalls merged replies";
 }
 
-TEST(StalledInterface, BurstsFromTheInstrumentLoseNothing) {
-    QTemporaryDir dir;
-    sim_process sim(dir.path(), {"--speed", "4"});
-    ASSERT_TRUE(QFile::exists(sim.link));
-    ASSERT_EQ(sim.control("fault burst on"), QStringLiteral("ok fault burst on"));
-    live_program program(dir.path(), sim.link);
-    ASSERT_TRUE(program.live(60000)) << "panel 6: " << program.window->sbStatusBar().text(6).toStdString();
+TEST(StalledInterface, BurstsFromTheInstrumentLoseNothingAndKillingItClosesTheRealPort) {
+    test::pty_program program({"--speed", "4"}, [](test::pty_program& p) {
+        EXPECT_EQ(p.sim->control("fault burst on"), QStringLiteral("ok fault burst on"));
+    });
+    ASSERT_TRUE(program.live()) << "panel 6: " << program.panel(6).toStdString();
     EXPECT_EQ(first_misplaced_baseline_point(), -1);
     EXPECT_GT(program.window->MSComm1().counts().cut, 100u);
     EXPECT_EQ(program.window->MSComm1().counts().dropped, 0u);
+
+    program.sim.reset(); // the instrument is gone: its end of the pseudo-terminal closes
+    ASSERT_TRUE(test::wait_until([&] { return !program.window->MSComm1().PortOpen(); }, 5000));
+    EXPECT_EQ(program.panel(4), QStringLiteral("Off-line"));
+    EXPECT_TRUE(program.panel(6).startsWith("Port closed: ")) << program.panel(6).toStdString();
 }
 
 TEST(SilentInstrument, GreysTheReadingAndSaysSoUntilTheFirstFrameBack) {
@@ -186,15 +125,6 @@ TEST(SilentInstrument, GreysTheReadingAndSaysSoUntilTheFirstFrameBack) {
     rig.run_for(0.2);
     EXPECT_TRUE(reading->isEnabled());
     EXPECT_TRUE(rig.panel(6).startsWith("OK")) << rig.panel(6).toStdString();
-}
-
-TEST(SilentInstrument, IsNormalAfterAScanEndsAndDuringTheZeroSearch) {
-    spectrum_rig s;
-    s.set_range(500, 520, false);
-    ASSERT_TRUE(s.scan(2));
-    s.rig.run_for(5); // the instrument rests after a scan: nothing is due
-    EXPECT_TRUE(s.rig.window->sbStatusBar().panel(2)->isEnabled());
-    EXPECT_NE(s.rig.panel(6), QStringLiteral("No reply from the instrument..."));
 }
 
 TEST(LostPort, ClosesItselfKeepsTheCurvesAndAReconnectGivesTheFunctionBack) {
@@ -228,17 +158,4 @@ TEST(LostPort, ClosesItselfKeepsTheCurvesAndAReconnectGivesTheFunctionBack) {
     EXPECT_GE(spectrum.curve_count, 1);
     EXPECT_EQ(shared.baseline_curves[536 - 320][1], at_536) << "the finished curve is kept";
     EXPECT_TRUE(s.scan(3)) << "and the function reads again";
-}
-
-TEST(LostPort, KillingTheSimulatorClosesTheRealPort) {
-    QTemporaryDir dir;
-    auto sim = std::make_unique<sim_process>(dir.path(), QStringList{"--speed", "4"});
-    ASSERT_TRUE(QFile::exists(sim->link));
-    live_program program(dir.path(), sim->link);
-    ASSERT_TRUE(program.live(60000));
-    sim.reset();
-    ASSERT_TRUE(test::wait_until([&] { return !program.window->MSComm1().PortOpen(); }, 5000));
-    EXPECT_EQ(program.window->sbStatusBar().text(4), QStringLiteral("Off-line"));
-    EXPECT_TRUE(program.window->sbStatusBar().text(6).startsWith("Port closed: "))
-        << program.window->sbStatusBar().text(6).toStdString();
 }

@@ -1,66 +1,30 @@
 // The real serial path: lumora-sim serves a pseudo-terminal, the program opens it as "Com 1"
 // through QSerialPort, and the start-up runs on the real clock and the real event loop.
-#include "app/frmMain.h"
-#include "link/frmPortSet.h"
-#include "link/shared_state.h"
 #include "link/trace.h"
-#include "platform/comm_port.h"
-#include "platform/status_bar.h"
-#include "store/database.h"
-#include "store/settings_store.h"
-#include "sim_process.h"
-#include "support/wait.h"
+#include "pty_program.h"
 
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QPushButton>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using namespace lumora;
-using lumora::test::sim_process;
-
 
 TEST(SerialPath, StartupOverARealPseudoTerminalReachesTheLiveReading) {
-    QTemporaryDir dir;
-    sim_process sim(dir.path(), {"--speed", "2"});
-    ASSERT_TRUE(QFile::exists(sim.link)) << sim.process.readAllStandardError().toStdString();
-    qputenv("LUMORA_COM1", sim.link.toLocal8Bit());
-    const QString trace_path = qEnvironmentVariable("KEEP_TRACE", dir.path() + "/trace.jsonl");
-    trace::open(trace_path);
-
-    reset_shared_state();
-    ASSERT_EQ(db_open_file(dir.path() + "/Lumora.db", true), QString());
-    load_settings();
+    QTemporaryDir keep;
+    const QString trace_path = qEnvironmentVariable("KEEP_TRACE", keep.path() + "/trace.jsonl");
     {
-        frmMain window(make_serial_backend());
-        window.Form_Load();
-        set_default_colors();
-        window.show_port_dialog();
-        window.port_dialog().findChild<QPushButton*>("cmdPortOpen")->click();
-        ASSERT_TRUE(window.MSComm1().PortOpen());
-
-        const bool live = test::wait_until(
-            [&] {
-                return shared.function_id == fid_no_function &&
-                       window.sbStatusBar().text(6).startsWith("OK.") &&
-                       window.sbStatusBar().text(2).endsWith('A');
-            },
-            60000);
-        ASSERT_TRUE(live) << "panel 6: " << window.sbStatusBar().text(6).toStdString();
-        EXPECT_EQ(window.sbStatusBar().text(4), QStringLiteral("On-line"));
-        EXPECT_EQ(window.sbStatusBar().text(1), QStringLiteral("500nm"));
+        test::pty_program p({"--speed", "2"}, [&](test::pty_program&) { trace::open(trace_path); });
+        ASSERT_TRUE(p.window->MSComm1().PortOpen());
+        ASSERT_TRUE(p.live()) << "panel 6: " << p.panel(6).toStdString();
+        EXPECT_EQ(p.panel(4), QStringLiteral("On-line"));
+        EXPECT_EQ(p.panel(1), QStringLiteral("500nm"));
         EXPECT_FALSE(shared.baseline_missing);
         // The blank reads close to 0 A. On a busy machine the arrival may share a read with the
         // last move report and its zero be lost; the stored baseline then still holds within a few mA.
         EXPECT_LT(std::abs(shared.now_abs), 0.01);
-        window.close();
     }
     trace::open({});
-    db_close();
-    qunsetenv("LUMORA_COM1");
 
     // The trace holds bytes out, bytes in and panel writes, one JSON object a line.
     QFile f(trace_path);

@@ -4,10 +4,7 @@
 #include "plot/zoom.h"
 #include "spectrum_rig.h"
 
-#include <QAction>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPushButton>
+#include <QLabel>
 #include <gtest/gtest.h>
 
 using namespace lumora;
@@ -88,6 +85,10 @@ TEST(SpectrumScan, PercentTOfANeutralFilterAndTheCurveBookkeepingOfOverlay) {
     ASSERT_TRUE(s.scan(3));
     ASSERT_TRUE(s.scan(3));
     EXPECT_EQ(spectrum.curve_count, 1);
+
+    s.rig.run_for(5); // the instrument rests after a scan: nothing is due, so it is not silent
+    EXPECT_TRUE(s.rig.window->sbStatusBar().panel(2)->isEnabled());
+    EXPECT_NE(s.rig.panel(6), QStringLiteral("No reply from the instrument..."));
 }
 
 TEST(SpectrumScan, TheTwentyFirstReadStartsAgainFromAnEmptyWindow) {

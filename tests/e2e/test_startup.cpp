@@ -95,7 +95,7 @@ TEST(Startup, FirstRunScansTheBaselineSavesItAndShowsTheLiveReading) {
     EXPECT_EQ(rig.panel(2), QStringLiteral("0.500A"));
 }
 
-TEST(Startup, SecondStartRestoresPortBaselineAndWavelengthAndMaySkipTheScan) {
+TEST(Startup, LaterStartsRestorePortBaselineAndWavelengthMaySkipTheScanAndHoldTheWavelength) {
     QTemporaryDir dir;
     std::array<double, wavelength_points> first_baseline{};
     {
@@ -128,18 +128,15 @@ TEST(Startup, SecondStartRestoresPortBaselineAndWavelengthAndMaySkipTheScan) {
     shared.lambda_show_mode = 1;
     rig.run_for(1.0);
     EXPECT_EQ(rig.panel(2), QStringLiteral("100.0%T"));
-}
 
-TEST(Startup, OutOfRangeDefaultWavelengthIsRewrittenTo500) {
-    QTemporaryDir dir;
-    {
-        sim_rig rig({}, dir.path());
-        db_execute("update system set ParaValue='1101' where ParaName='Default WL'");
-    }
-    sim_rig rig({}, dir.path());
+    // A default wavelength out of range is rewritten to 500 at the next start.
+    db_execute("update system set ParaValue='1101' where ParaName='Default WL'");
+    rig.window.reset();
+    db_close();
+    sim_rig third({}, dir.path());
     EXPECT_EQ(shared.default_lambda, 500.0);
-    record_set wl = db_query("SELECT ParaValue FROM system where ParaName='Default WL'");
-    EXPECT_EQ(wl.Fields(0), QStringLiteral("500"));
+    EXPECT_EQ(db_query("SELECT ParaValue FROM system where ParaName='Default WL'").Fields(0),
+              QStringLiteral("500"));
 }
 
 TEST(Startup, EmptySystemTableGetsDefaultWavelengthRowAndForcesTheBaseline) {
@@ -202,13 +199,21 @@ TEST(StartupFaults, GarbageAndShortFramesNeverStopTheProgram) {
     sim_rig rig;
     press(rig.window->port_dialog(), "cmdPortOpen");
     ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
+    // Short frames are dropped after the silence and never shown as readings.
+    std::vector<QString> readings;
+    QObject::connect(&rig.window->sbStatusBar(), &status_bar::panel_written, [&](int n, const QString& t) {
+        if (n == 2) readings.push_back(t);
+    });
+    rig.instrument.control("fault short_frames on");
+    rig.run_for(5);
+    rig.instrument.control("fault short_frames off");
+    EXPECT_GT(rig.window->MSComm1().counts().dropped, 50u);
+    for (const QString& r : readings)
+        EXPECT_EQ(r, QStringLiteral("0.000A")) << "a short frame was read as a reading";
     rig.instrument.control("fault garbage on");
     rig.run_for(10);
     EXPECT_GT(shared.unknown_reply_count, 0) << "garbage first bytes are counted";
     rig.instrument.control("fault garbage off");
-    rig.instrument.control("fault short_frames on");
-    rig.run_for(5);
-    rig.instrument.control("fault short_frames off");
     // A new exchange brings the stream back in step.
     set_target_lambda(600);
     begin_exchange();
@@ -218,9 +223,17 @@ TEST(StartupFaults, GarbageAndShortFramesNeverStopTheProgram) {
     EXPECT_EQ(rig.panel(2), QStringLiteral("0.000A"));
 }
 
-TEST(PortDialog, CloseAndReopenRunsTheSequenceAgainFromConnect) {
+TEST(PortDialog, AFailedOpenSaysWhyThenOpenCloseAndReopenRunTheSequenceFromConnect) {
     sim_rig rig;
     auto& dlg = rig.window->port_dialog();
+    rig.pipe->fail_next_open = QStringLiteral("Permission denied");
+    press(dlg, "cmdPortOpen");
+    EXPECT_FALSE(dlg.isHidden());
+    EXPECT_TRUE(rig.panel(6).contains("Permission denied")) << rig.panel(6).toStdString();
+    EXPECT_EQ(shared.function_id, fid_startup);
+    EXPECT_TRUE(rig.instrument.received_log().empty());
+
+    rig.pipe->fail_next_open.clear(); // the device is there now
     press(dlg, "cmdPortOpen");
     ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 120));
     rig.window->show_port_dialog();
@@ -238,15 +251,4 @@ TEST(PortDialog, CloseAndReopenRunsTheSequenceAgainFromConnect) {
     ASSERT_TRUE(rig.run_until([&] { return rig.live(); }, 60));
     ASSERT_FALSE(rig.commands_received().empty());
     EXPECT_EQ(rig.commands_received().front(), 1);
-}
-
-TEST(PortDialog, FailedOpenSaysWhyAndKeepsTheDialog) {
-    sim_rig rig;
-    rig.pipe->fail_next_open = QStringLiteral("Permission denied");
-    auto& dlg = rig.window->port_dialog();
-    press(dlg, "cmdPortOpen");
-    EXPECT_FALSE(dlg.isHidden());
-    EXPECT_TRUE(rig.panel(6).contains("Permission denied")) << rig.panel(6).toStdString();
-    EXPECT_EQ(shared.function_id, fid_startup);
-    EXPECT_TRUE(rig.instrument.received_log().empty());
 }

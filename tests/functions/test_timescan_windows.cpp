@@ -131,27 +131,6 @@ TEST_F(TimescanWindows, ReadOutsGoByTheReadsViewSpanUntilTheNextRedraw) {
     EXPECT_EQ(w.fgdTrack().TextMatrix(1, 2), QStringLiteral("0.500A"));
 }
 
-TEST_F(TimescanWindows, HundredTrackPointsThenTheQuestion) {
-    frmTimescan& w = span_window();
-    span_run(w, [](int) { return 1.0; });
-    shared.toolbar_locked = false;
-    for (int i = 0; i < 100; ++i)
-        w.tracking().mouse_down(QPoint(plot_left + i, 100), Qt::RightButton);
-    EXPECT_TRUE(prompts::shown().empty());
-    prompts::script({box_answer::cancel});
-    w.tracking().mouse_down(QPoint(plot_left + 200, 100), Qt::RightButton);
-    ASSERT_EQ(prompts::shown().size(), 1u);
-    EXPECT_EQ(prompts::shown()[0].text, QStringLiteral("Data number >100, restart from 1 ?"));
-    EXPECT_EQ(timescan.tracks.track_count, 100);
-    EXPECT_EQ(w.fgdTrack().Rows(), 101);
-
-    prompts::script({box_answer::ok});
-    w.tracking().mouse_down(QPoint(plot_left + 200, 100), Qt::RightButton);
-    EXPECT_EQ(timescan.tracks.track_count, 1);
-    EXPECT_EQ(w.fgdTrack().TextMatrix(1, 0), QStringLiteral("1  V"));
-    EXPECT_EQ(w.fgdTrack().TextMatrix(2, 0), QString()) << "restarted from 1";
-}
-
 TEST_F(TimescanWindows, SmoothChangesTheWorkingCurveAndOriginalBringsTheRawBack) {
     frmTimescan& w = span_window();
     span_run(w, [](int k) { return 1.0 + (k % 2 ? 0.05 : -0.05); });

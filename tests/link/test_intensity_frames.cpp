@@ -20,19 +20,6 @@ protected:
 
 } // namespace
 
-TEST_F(IntensityFrames, HeartbeatGrowsOneDotPerReadingUpToSixCharacters) {
-    std::vector<QString> seen;
-    for (int reading = 0; reading < 7; ++reading) {
-        const std::size_t writes = panel_log.size();
-        frames(9, 40500);
-        EXPECT_EQ(panel_log.size(), writes) << "nothing is shown before the tenth frame";
-        frames(1, 40500);
-        seen.push_back(panels[6]);
-    }
-    EXPECT_EQ(seen, (std::vector<QString>{"OK.", "OK..", "OK...", "OK....", "OK", "OK.", "OK.."}));
-    EXPECT_EQ(panels[2], QStringLiteral("0.301A"));
-}
-
 TEST_F(IntensityFrames, PendingZeroMakesTheMeanTheReferenceAtTheRoundedWavelength) {
     shared.lambda_now = 500.6; // index 181
     shared.zero_pending = true;

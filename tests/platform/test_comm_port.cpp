@@ -3,7 +3,6 @@
 #include "platform/comm_port.h"
 #include "support/wait.h"
 
-#include <QSignalSpy>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -50,7 +49,8 @@ TEST(CommPortThreshold, EachReceiveEventHandsOverOneReplyCutAtTheThreshold) {
     EXPECT_EQ(m.port.counts().dropped_bytes, 1u);
     got.clear();
     m.port.RThreshold = 1;
-    m.pipe->inject(QByteArray::fromHex("05" "66000102000066000103000066"));
+    m.pipe->inject(QByteArray::fromHex("05"
+                                       "66000102000066000103000066"));
     ASSERT_EQ(got.size(), 3u);
     EXPECT_EQ(got[0], QByteArray::fromHex("05"));
     EXPECT_EQ(got[1], QByteArray::fromHex("660001020000"));
@@ -62,18 +62,32 @@ TEST(CommPortThreshold, EachReceiveEventHandsOverOneReplyCutAtTheThreshold) {
     EXPECT_FALSE(m.port.drop_incomplete());
 }
 
-TEST(CommPortThreshold, ALargeArrivalIsFramedWithoutOverflow) {
+TEST(CommPortThreshold, ALargeArrivalIsFramedAndZeroThresholdKeepsBytesForInputUpToTheBufferSize) {
     memory_port m;
     ASSERT_EQ(m.port.setPortOpen(true), QString());
-    int replies = 0, overflow = 0;
+    int events = 0, replies = 0, overflow = 0;
     QObject::connect(&m.port, &comm_port::OnComm, [&] {
+        ++events;
         if (m.port.CommEvent() == comm_port::comEventRxOver) ++overflow;
-        if (m.port.Input().size() == 6) ++replies;
+        if (m.port.RThreshold == 6 && m.port.Input().size() == 6) ++replies;
     });
     m.port.RThreshold = 6;
     m.pipe->inject(QByteArray(6 * 2000, 'D')); // a stall of two seconds at full line speed
     EXPECT_EQ(replies, 2000);
     EXPECT_EQ(overflow, 0);
+
+    events = 0;
+    m.port.RThreshold = 0;
+    m.pipe->inject(QByteArray(50, 'x'));
+    EXPECT_EQ(events, 0);
+    EXPECT_EQ(m.port.Input().size(), 50);
+    EXPECT_TRUE(m.port.Input().isEmpty()) << "Input clears the buffer";
+    m.pipe->inject(QByteArray(comm_port::in_buffer_size + 10, 'y'));
+    EXPECT_EQ(overflow, 1) << "an overflow is reported even at threshold 0";
+    EXPECT_EQ(m.port.Input().size(), comm_port::in_buffer_size);
+    m.port.RThreshold = 1;
+    m.pipe->inject(QByteArray(1, '\x01'));
+    EXPECT_EQ(events, 2);
 }
 
 TEST(CommPortThreshold, SilenceDropsAnIncompletePieceOnTheRealClock) {
@@ -87,33 +101,6 @@ TEST(CommPortThreshold, SilenceDropsAnIncompletePieceOnTheRealClock) {
     m.pipe->inject(QByteArray::fromHex("440000050000"));
     ASSERT_EQ(got.size(), 1u);
     EXPECT_EQ(got[0], QByteArray::fromHex("440000050000")) << "the next frame is read in step";
-}
-
-TEST(CommPortThreshold, ZeroThresholdNeverRaisesAndBytesWaitForInput) {
-    memory_port m;
-    ASSERT_EQ(m.port.setPortOpen(true), QString());
-    QSignalSpy spy(&m.port, &comm_port::OnComm);
-    m.port.RThreshold = 0;
-    m.pipe->inject(QByteArray(50, 'x'));
-    EXPECT_EQ(spy.count(), 0);
-    EXPECT_EQ(m.port.Input().size(), 50);
-    EXPECT_TRUE(m.port.Input().isEmpty()) << "Input clears the buffer";
-    m.port.RThreshold = 1;
-    m.pipe->inject(QByteArray(1, '\x01'));
-    EXPECT_EQ(spy.count(), 1);
-}
-
-TEST(CommPortThreshold, OverflowIsReportedAndBufferIsBounded) {
-    memory_port m;
-    ASSERT_EQ(m.port.setPortOpen(true), QString());
-    m.port.RThreshold = 0;
-    int overflow = 0;
-    QObject::connect(&m.port, &comm_port::OnComm, [&] {
-        if (m.port.CommEvent() == comm_port::comEventRxOver) ++overflow;
-    });
-    m.pipe->inject(QByteArray(comm_port::in_buffer_size + 10, 'y'));
-    EXPECT_EQ(overflow, 1);
-    EXPECT_EQ(m.port.Input().size(), comm_port::in_buffer_size);
 }
 
 TEST(CommPortOpen, ClosedPortWritesNothingAndFailedOpenSaysWhy) {
@@ -131,6 +118,14 @@ TEST(CommPortOpen, ClosedPortWritesNothingAndFailedOpenSaysWhy) {
     EXPECT_FALSE(m.port.PortOpen());
     m.pipe->inject("zz");
     EXPECT_TRUE(m.port.Input().isEmpty()) << "a closed pipe delivers nothing";
+
+    qputenv("LUMORA_COM4", "/nonexistent/tty");
+    comm_port serial(make_serial_backend());
+    serial.CommPort = 4;
+    serial.Settings = QStringLiteral("57600,N,8,1");
+    EXPECT_FALSE(serial.setPortOpen(true).isEmpty()) << "a missing device says why";
+    EXPECT_FALSE(serial.PortOpen());
+    qunsetenv("LUMORA_COM4");
 }
 
 TEST(CommDevicePath, EnvironmentFirstThenTheUsualDevices) {
@@ -206,7 +201,9 @@ TEST(CommPortOnPty, BytesCrossARealPseudoTerminalWithThresholdFraming) {
     ASSERT_TRUE(test::wait_until([&] { return !frames.empty(); }));
     EXPECT_EQ(frames.front(), QByteArray::fromHex("440012d68700"));
     frames.clear();
-    pty.send(QByteArray::fromHex("663700000000" "663800000000" "663900000000"));
+    pty.send(QByteArray::fromHex("663700000000"
+                                 "663800000000"
+                                 "663900000000"));
     ASSERT_TRUE(test::wait_until([&] { return frames.size() == 3; }));
     EXPECT_EQ(frames[2], QByteArray::fromHex("663900000000"));
 
@@ -221,15 +218,4 @@ TEST(CommPortOnPty, BytesCrossARealPseudoTerminalWithThresholdFraming) {
     port.setPortOpen(false);
     EXPECT_FALSE(port.PortOpen());
     qunsetenv("LUMORA_COM1");
-}
-
-TEST(CommPortOnPty, MissingDeviceFailsWithAReason) {
-    qputenv("LUMORA_COM4", "/nonexistent/tty");
-    comm_port port(make_serial_backend());
-    port.CommPort = 4;
-    port.Settings = QStringLiteral("57600,N,8,1");
-    const QString why = port.setPortOpen(true);
-    EXPECT_FALSE(why.isEmpty());
-    EXPECT_FALSE(port.PortOpen());
-    qunsetenv("LUMORA_COM4");
 }

@@ -1,5 +1,4 @@
-// Scripted prompts, the grid as a store of cell texts, the status panels and the settings store.
-#include "platform/app_settings.h"
+// Scripted prompts, the grid as a store of cell texts and the status panels.
 #include "platform/grid.h"
 #include "platform/prompts.h"
 #include "platform/status_bar.h"
@@ -100,10 +99,4 @@ TEST(StatusBar, AScreenReaderHearsEachPanelByItsTextAndPressesTheClickableOnes) 
     EXPECT_EQ(spy.at(0).at(0).toInt(), 3);
     EXPECT_EQ(spy.at(2).at(0).toInt(), 5);
     EXPECT_EQ(bar.panel(6)->focusPolicy(), Qt::NoFocus);
-}
-
-TEST(AppSettings, ValuesSurviveUnderTheirKeys) {
-    app_settings::set("MainLeft", "120");
-    EXPECT_EQ(app_settings::get("MainLeft"), QStringLiteral("120"));
-    EXPECT_EQ(app_settings::get("Missing", "d"), QStringLiteral("d"));
 }
