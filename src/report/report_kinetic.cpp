@@ -143,8 +143,10 @@ void body(function_window& window, report_page& page) {
 }
 
 void sheets(function_window& window, workbook& book) {
-    // Made first, the statistics sheet is written last, after the function's own sheets.
-    rate_statistics_sheet(book, static_cast<frmKinetic&>(window).rate_statistics());
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics)
+        rate_statistics_sheet(book, static_cast<frmKinetic&>(window).rate_statistics());
     auto& w = static_cast<frmKinetic&>(window);
     copy_grid(w.fgdValley(), book.add_sheet(QStringLiteral("Output data")),
               table_count(w.fgdValley(), static_cast<int>(kinetic.outputs.size())), 4);

@@ -124,9 +124,12 @@ void body(function_window& window, report_page& page) {
 
 void sheets(function_window& window, workbook& book) {
     auto& w = static_cast<frmProtein&>(window);
-    // Made first, the statistics sheet is written last, after the function's own sheets.
-    const calibration_stats s = w.statistics();
-    calibration_statistics_sheet(book, s, protein.unit, w.sample_predictions(s));
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics) {
+        const calibration_stats s = w.statistics();
+        calibration_statistics_sheet(book, s, protein.unit, w.sample_predictions(s));
+    }
     equation_sheet(book, protein.cal);
     // The sample table's own four columns; its statistics columns are on the statistics sheet.
     copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), protein.sample_rows, 3);

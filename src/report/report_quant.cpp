@@ -84,9 +84,12 @@ namespace {
 
 void sheets(function_window& window, workbook& book) {
     auto& w = static_cast<frmQuant&>(window);
-    // Made first, the statistics sheet is written last, after the function's own sheets.
-    const calibration_stats s = w.statistics();
-    calibration_statistics_sheet(book, s, quant.unit, w.sample_predictions(s));
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics) {
+        const calibration_stats s = w.statistics();
+        calibration_statistics_sheet(book, s, quant.unit, w.sample_predictions(s));
+    }
     equation_sheet(book, quant.cal);
     // The sample table's own three columns; its statistics columns are on the statistics sheet.
     copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), quant.sample_count, 2);

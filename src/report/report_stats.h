@@ -1,6 +1,7 @@
 #pragma once
-// The statistics in the report and the workbook: a section after a function's own sections,
-// printed only when "Print statistics" is ticked in the preview, and a "Statistics" sheet.
+// The statistics in the report and the workbook: a section after a function's own sections and
+// a "Statistics" sheet after its own sheets, both only when "Print statistics" is ticked in the
+// preview.
 #include "functions/stats_panel.h"
 #include "workbook.h"
 
@@ -10,7 +11,8 @@ namespace lumora {
 
 class report_page;
 
-// "Print statistics": off until the user ticks it in the preview; it holds for the session.
+// "Print statistics": off until the user ticks it in the preview; it holds for the session and
+// governs the report and the workbook alike.
 extern bool report_print_statistics;
 
 void report_calibration_statistics(report_page& page, const calibration_stats& s, const QString& unit,

@@ -7,11 +7,17 @@
 #include "functions/protein/protein_setup.h"
 #include "functions/stats_panel.h"
 #include "kinetic_rig.h"
+#include "opendata/exporters.h"
 #include "platform/numeric_text.h"
 #include "plot/palette.h"
 #include "plot/plot_surface.h"
 #include "protein_rig.h"
 #include "quant_rig.h"
+#include "report/frmReport.h"
+#include "report/report_make.h"
+#include "report/report_registry.h"
+#include "report/report_stats.h"
+#include "report/workbook.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -28,6 +34,13 @@ QString stat(const stats_panel& panel, const QString& label, int col = 1) {
     for (int r = 1; r < g.Rows(); ++r)
         if (g.TextMatrix(r, 0) == label) return g.TextMatrix(r, col);
     return {};
+}
+
+QStringList texts_of(const report_page& page) {
+    QStringList out;
+    for (const auto& t : page.texts())
+        out << t.text;
+    return out;
 }
 
 double number(const QString& text) {
@@ -93,9 +106,9 @@ TEST(Statistics, QuantitativeTabWeightingAndSampleIntervals) {
     EXPECT_GT(number(stat(panel, "b (slope) [A per unit]", 2)), 0) << "a standard error";
     EXPECT_GT(number(stat(panel, "R^2")), 0.99);
     EXPECT_EQ(stat(panel, "Mandel's test"), "The straight line is adequate");
-    const double loq = number(stat(panel, "LOQ (mg/dL)"));
-    EXPECT_GT(loq, 0);
-    EXPECT_NEAR(loq / number(stat(panel, "LOD (mg/dL)")), 10 / 3.3, 0.01);
+    // LOD from s(y/x) with five standards: 3.3 s / b.
+    EXPECT_NEAR(number(stat(panel, "LOD (mg/dL)")),
+                3.3 * number(stat(panel, "s(y/x) [A]")) / number(stat(panel, "b (slope) [A per unit]")), 1e-3);
     EXPECT_GT(pixels_of(panel.picResidual(), standard_color(1)), 0) << "the residual crosses";
     EXPECT_GT(pixels_of(panel.picResidual(), standard_color(12)), 0) << "the 2 s band";
 
@@ -120,6 +133,35 @@ TEST(Statistics, QuantitativeTabWeightingAndSampleIntervals) {
     EXPECT_NE(samples.TextMatrix(1, 4), high_before);
     EXPECT_EQ(samples.TextMatrix(1, 2), conc_before);
     EXPECT_EQ(quant.cal.fit_ka, ka_before);
+
+    // The report and the workbook take the statistics only once "Print statistics" is ticked in
+    // the preview; the open-data export always carries them beside the calibration.
+    report_print_statistics = false;
+    EXPECT_FALSE(texts_of(*report_make(w, 1.0)).contains("Statistics"));
+    {
+        frmReport preview([&w](double scale) { return report_make(w, scale); });
+        preview.findChild<QAction*>("Print statistics")->trigger();
+        const QStringList t = texts_of(*preview.page());
+        EXPECT_GT(t.indexOf("Statistics"), t.indexOf("Sample data"));
+        EXPECT_TRUE(t.contains("Mandel's test"));
+        EXPECT_TRUE(t.contains("above range"));
+    }
+    workbook book;
+    report_piece_for(fid_quantitative)->sheets(w, book);
+    report_print_statistics = false;
+    QStringList names;
+    for (const workbook::sheet& sh : book.sheets())
+        names << QString::fromStdString(sh.name);
+    EXPECT_EQ(names, (QStringList{"Statistics", "Equation", "Sample data", "Standard data"}));
+    EXPECT_EQ(book.sheets()[2].rows[0].size(), 3u) << "the sample sheet keeps its own columns";
+    opendata::export_source source;
+    source.name = QStringLiteral("run");
+    const auto files = opendata::quant_export(w, opendata::export_format::csv, source);
+    ASSERT_EQ(files.size(), 2u);
+    const QString standards = QString::fromUtf8(files[0].bytes);
+    EXPECT_TRUE(standards.contains("statistics Weighting: 1/x")) << standards.toStdString();
+    EXPECT_TRUE(QString::fromUtf8(files[1].bytes).contains("statistics sample 3: "))
+        << "each sample's interval";
     w.close();
 }
 

