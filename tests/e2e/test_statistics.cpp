@@ -216,6 +216,8 @@ TEST(Statistics, KineticRateStatisticsAndTheLinearRangeOffer) {
     EXPECT_TRUE(text.startsWith("Rate SE = ")) << text.toStdString();
     EXPECT_TRUE(w->rate_statistics().curved) << w->rate_statistics().r2;
     EXPECT_TRUE(text.contains("not straight")) << text.toStdString();
+    if (const QString dir = qEnvironmentVariable("LUMORA_SHOT_DIR"); !dir.isEmpty())
+        w->grab().save(dir + "/kinetic_statistics_window.png");
 
     prompts::clear_shown();
     prompts::script({box_answer::yes});
