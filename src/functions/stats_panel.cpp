@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace lumora {
@@ -54,9 +55,13 @@ stats_panel::stats_panel(QWidget* parent) : QWidget(parent) {
     connect(weighting_, &QComboBox::currentIndexChanged, this, &stats_panel::weighting_changed);
 }
 
-stats_weighting stats_panel::weighting() const {
-    return weighting_->isEnabled() ? static_cast<stats_weighting>(weighting_->currentIndex())
-                                   : stats_weighting::none;
+stats_weighting stats_panel::chosen() const {
+    return static_cast<stats_weighting>(weighting_->currentIndex());
+}
+
+void stats_panel::set_chosen(stats_weighting w) {
+    const QSignalBlocker quiet(weighting_);
+    weighting_->setCurrentIndex(static_cast<int>(w));
 }
 
 void stats_panel::show_stats(const calibration_stats& s, const QString& unit) {

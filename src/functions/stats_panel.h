@@ -25,7 +25,10 @@ public:
     // The statistics in the table and the plot; the weighting box is only offered for the
     // straight-line fits (types 1 and 2).
     void show_stats(const calibration_stats& s, const QString& unit);
-    stats_weighting weighting() const;
+    // The box's choice; a second-order fit leaves it aside (see calibration_statistics). Setting
+    // it sends no signal: the choice outlives the window for the rest of the session.
+    stats_weighting chosen() const;
+    void set_chosen(stats_weighting w);
 
     QComboBox* cboWeighting() const { return weighting_; }
     grid& fgdStats() const { return *table_; }

@@ -22,6 +22,7 @@
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 
@@ -108,7 +109,8 @@ TEST(Statistics, QuantitativeTabWeightingAndSampleIntervals) {
     EXPECT_EQ(stat(panel, "Mandel's test"), "The straight line is adequate");
     // LOD from s(y/x) with five standards: 3.3 s / b.
     EXPECT_NEAR(number(stat(panel, "LOD (mg/dL)")),
-                3.3 * number(stat(panel, "s(y/x) [A]")) / number(stat(panel, "b (slope) [A per unit]")), 1e-3);
+                3.3 * number(stat(panel, "s(y/x) [A]")) / number(stat(panel, "b (slope) [A per unit]")),
+                1e-3);
     EXPECT_GT(pixels_of(panel.picResidual(), standard_color(1)), 0) << "the residual crosses";
     EXPECT_GT(pixels_of(panel.picResidual(), standard_color(12)), 0) << "the 2 s band";
 
@@ -162,7 +164,23 @@ TEST(Statistics, QuantitativeTabWeightingAndSampleIntervals) {
     EXPECT_TRUE(standards.contains("statistics Weighting: 1/x")) << standards.toStdString();
     EXPECT_TRUE(QString::fromUtf8(files[1].bytes).contains("statistics sample 3: "))
         << "each sample's interval";
-    w.close();
+
+    // The choice outlives the window for the session; back to 1 for whatever comes next.
+    const QPointer<frmQuant> first(&w);
+    for (const char* menu : {"mnuFuncPhotometry", "mnuFuncQuant"}) {
+        q.rig.window->menu_action(menu)->trigger();
+        if (QDialog* d = q.rig.window->current_setup_dialog()) d->reject();
+    }
+    auto* again = qobject_cast<frmQuant*>(q.rig.window->current_function());
+    ASSERT_NE(again, nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(first.isNull()) << "a new window";
+    QComboBox* box2 = again->Statistics().cboWeighting();
+    EXPECT_EQ(box2->currentText(), "1/x");
+    QTest::mouseClick(box2, Qt::LeftButton);
+    QTest::keyClick(box2->view(), Qt::Key_Up);
+    QTest::keyClick(box2->view(), Qt::Key_Return);
+    EXPECT_EQ(box2->currentText(), "1");
 }
 
 TEST(Statistics, ProteinReplicatesGiveALackOfFitTestAndIntervalsOnAverages) {

@@ -28,6 +28,10 @@
 namespace lumora {
 namespace {
 
+// The weighting chosen on the statistics tab, kept for the session while the window comes and
+// goes; the stored batches keep their layout and do not carry it.
+stats_weighting session_weighting = stats_weighting::none;
+
 double number(const QString& text) {
     return val(text.toStdString());
 }
@@ -95,7 +99,11 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
     stats_->setObjectName(QStringLiteral("Frame1_2"));
     frames_[2] = stats_;
     right->addWidget(stats_, 1);
-    connect(stats_, &stats_panel::weighting_changed, this, &frmProtein::update_statistics);
+    stats_->set_chosen(session_weighting);
+    connect(stats_, &stats_panel::weighting_changed, this, [this] {
+        session_weighting = stats_->chosen();
+        update_statistics();
+    });
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
@@ -187,7 +195,7 @@ void frmProtein::clear_form() {
 
 calibration_stats frmProtein::statistics() const {
     const ProteinSetup& p = protein;
-    const stats_weighting w = stats_->weighting();
+    const stats_weighting w = stats_->chosen();
     if (p.reading_std || !fitted_) {
         calibration_stats none = calibration_statistics(p.cal.fit_type, w, {}, {});
         none.why = "the standards are not all read";

@@ -22,6 +22,10 @@
 namespace lumora {
 namespace {
 
+// The weighting chosen on the statistics tab, kept for the session while the window comes and
+// goes; the stored batches keep their layout and do not carry it.
+stats_weighting session_weighting = stats_weighting::none;
+
 double number(const QString& text) {
     return val(text.toStdString());
 }
@@ -68,7 +72,11 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
     stats_->setObjectName(QStringLiteral("Frame1_2"));
     frames_[2] = stats_;
     right->addWidget(stats_, 1);
-    connect(stats_, &stats_panel::weighting_changed, this, &frmQuant::update_statistics);
+    stats_->set_chosen(session_weighting);
+    connect(stats_, &stats_panel::weighting_changed, this, [this] {
+        session_weighting = stats_->chosen();
+        update_statistics();
+    });
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
@@ -127,7 +135,7 @@ void frmQuant::sample_headers() {
 
 calibration_stats frmQuant::statistics() const {
     const calibration_set& c = quant.cal;
-    const stats_weighting w = stats_->weighting();
+    const stats_weighting w = stats_->chosen();
     if (quant.std_type == 2 || quant.reading_std) {
         calibration_stats none = calibration_statistics(c.fit_type, w, {}, {});
         none.why =
