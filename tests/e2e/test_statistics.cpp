@@ -147,6 +147,8 @@ TEST(Statistics, QuantitativeTabWeightingAndSampleIntervals) {
         EXPECT_GT(t.indexOf("Statistics"), t.indexOf("Sample data"));
         EXPECT_TRUE(t.contains("Mandel's test"));
         EXPECT_TRUE(t.contains("above range"));
+        if (const QString dir = qEnvironmentVariable("LUMORA_SHOT_DIR"); !dir.isEmpty())
+            preview.page()->render().save(dir + "/quant_statistics_report.png");
     }
     workbook book;
     report_piece_for(fid_quantitative)->sheets(w, book);
