@@ -35,9 +35,12 @@ context_lines common_context(const QString& function_caption, const export_sourc
 const std::vector<function_export>& exports() {
     // Kinetic and Protein join here with their own routine.
     static const std::vector<function_export> table{
-        {fid_photometry, false, photometry_export},       {fid_spectrum, true, spectrum_export},
-        {fid_timescan, false, timescan_export},           {fid_quantitative, false, quant_export},
-        {fid_timescan2, false, timescan_interval_export}, {fid_protein, false, protein_export},
+        {fid_photometry, false, photometry_export},
+        {fid_spectrum, true, spectrum_export},
+        {fid_timescan, false, timescan_export},
+        {fid_quantitative, false, quant_export},
+        {fid_timescan2, false, timescan_interval_export},
+        {fid_protein, false, protein_export},
         {fid_kinetic, false, kinetic_export},
     };
     return table;
@@ -53,6 +56,15 @@ const function_export* export_for(const QString& name) {
     for (const function_export& e : exports())
         if (batch_function_name(e.function_id).compare(name, Qt::CaseInsensitive) == 0) return &e;
     return nullptr;
+}
+
+void add_statistics(context_lines& c, const QList<QStringList>& rows) {
+    for (const QStringList& row : rows) {
+        if (row.size() < 2) continue;
+        QString value = row[1];
+        if (row.size() > 2 && !row[2].isEmpty()) value += QStringLiteral(" (") + row[2] + QLatin1Char(')');
+        c.emplace_back(QStringLiteral("statistics ") + row[0], value);
+    }
 }
 
 } // namespace lumora::opendata

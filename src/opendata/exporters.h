@@ -34,6 +34,9 @@ QString iso_time(const QDateTime& time);
 
 using context_lines = std::vector<std::pair<QString, QString>>;
 
+// Statistics rows (label, value, SE or note) as context lines under "statistics <label>".
+void add_statistics(context_lines& c, const QList<QStringList>& rows);
+
 // The lines every export starts with: program, function, source, laboratory, operator, ...
 context_lines common_context(const QString& function_caption, const export_source& source,
                              const QString& laboratory, const QString& subject, const QString& op,

@@ -3,7 +3,9 @@
 // finished run, as a second file.
 #include "csv.h"
 #include "exporters.h"
+#include "functions/kinetic/frmKinetic.h"
 #include "functions/kinetic/kinetic_data.h"
+#include "functions/stats_panel.h"
 #include "number_text.h"
 
 namespace lumora::opendata {
@@ -28,7 +30,7 @@ QString unit_of(const KineticSetup& s) {
 
 } // namespace
 
-std::vector<out_file> kinetic_export(const function_window&, export_format format,
+std::vector<out_file> kinetic_export(const function_window& window, export_format format,
                                      const export_source& source) {
     if (format != export_format::csv || kinetic.kn_run_count == 0) return {};
     const KineticSetup& s = kinetic_setup;
@@ -43,6 +45,8 @@ std::vector<out_file> kinetic_export(const function_window&, export_format forma
     run.context.emplace_back(QStringLiteral("Kb"), exact_text(f.kb));
     run.context.emplace_back(QStringLiteral("factor"), exact_text(s.kn_factor));
     run.context.emplace_back(QStringLiteral("unit"), s.kn_unit);
+    if (const auto* w = qobject_cast<const frmKinetic*>(&window))
+        add_statistics(run.context, rate_rows(w->rate_statistics()));
     run.header << QStringLiteral("Time (s)") << QStringLiteral("Absorbance");
     run.rows.reserve(kn_samples_count);
     for (int k = 0; k < kn_samples_count; ++k)

@@ -80,8 +80,11 @@ std::vector<out_file> protein_export(const function_window& window, export_forma
     if (standards <= 0 && samples == 0) return {};
     std::vector<out_file> files;
 
+    // The statistics beside the calibration, each sample's prediction beside the samples.
+    const calibration_stats stats = w.statistics();
     csv_table st;
     st.context = protein_context(source);
+    add_statistics(st.context, stats_rows(stats, protein.unit));
     st.header << QStringLiteral("No.") << with_unit(QStringLiteral("Conc.")) << QStringLiteral("Absorbance")
               << with_unit(QStringLiteral("Cal-Conc.")) << with_unit(QStringLiteral("Diff"))
               << QStringLiteral("%CV");
@@ -91,6 +94,16 @@ std::vector<out_file> protein_export(const function_window& window, export_forma
 
     csv_table sa;
     sa.context = protein_context(source);
+    QList<QStringList> predictions;
+    for (const labelled_prediction& p : w.sample_predictions(stats)) {
+        const QStringList cells = prediction_cells(p);
+        predictions.append(
+            {QStringLiteral("sample ") + cells[0],
+             p.p.ok ? cells[1] + QStringLiteral(", 95% ") + cells[2] + QStringLiteral(" to ") + cells[3]
+                    : QString(),
+             cells[4]});
+    }
+    add_statistics(sa.context, predictions);
     sa.header << QStringLiteral("No.") << QStringLiteral("Absorbance") << with_unit(QStringLiteral("Conc."))
               << QStringLiteral("%CV");
     for (int r = 1; r <= samples; ++r)

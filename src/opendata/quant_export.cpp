@@ -2,6 +2,7 @@
 // program holds (not the grid's three places) and a sample's mark, and the calibration as context.
 #include "csv.h"
 #include "exporters.h"
+#include "functions/quantitative/frmQuant.h"
 #include "functions/quantitative/quant_setup.h"
 #include "number_text.h"
 
@@ -47,7 +48,7 @@ QString conc_header() {
 
 } // namespace
 
-std::vector<out_file> quant_export(const function_window&, export_format format,
+std::vector<out_file> quant_export(const function_window& window, export_format format,
                                    const export_source& source) {
     if (format != export_format::csv) return {};
     const QuantSetup& q = quant;
@@ -59,8 +60,12 @@ std::vector<out_file> quant_export(const function_window&, export_format format,
     if (standards == 0 && samples == 0) return {};
     std::vector<out_file> files;
 
+    // The statistics beside the calibration, each sample's prediction beside the samples.
+    const auto* w = qobject_cast<const frmQuant*>(&window);
+    const calibration_stats stats = w ? w->statistics() : calibration_stats{};
     csv_table st;
     st.context = quant_context(source);
+    if (w) add_statistics(st.context, stats_rows(stats, q.unit));
     st.header << QStringLiteral("No.") << conc_header() << QStringLiteral("Absorbance");
     for (int r = 1; r <= standards; ++r) {
         const auto i = static_cast<std::size_t>(r - 1);
@@ -71,6 +76,17 @@ std::vector<out_file> quant_export(const function_window&, export_format format,
 
     csv_table sa;
     sa.context = quant_context(source);
+    QList<QStringList> predictions;
+    for (const labelled_prediction& p :
+         w ? w->sample_predictions(stats) : std::vector<labelled_prediction>{}) {
+        const QStringList cells = prediction_cells(p);
+        predictions.append(
+            {QStringLiteral("sample ") + cells[0],
+             p.p.ok ? cells[1] + QStringLiteral(", 95% ") + cells[2] + QStringLiteral(" to ") + cells[3]
+                    : QString(),
+             cells[4]});
+    }
+    add_statistics(sa.context, predictions);
     sa.header << QStringLiteral("No.") << QStringLiteral("Mark") << QStringLiteral("Absorbance")
               << conc_header();
     for (int r = 1; r <= samples; ++r) {

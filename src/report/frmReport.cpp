@@ -1,5 +1,7 @@
 #include "frmReport.h"
 
+#include "report_stats.h"
+
 #include <QAction>
 #include <QLabel>
 #include <QPixmap>
@@ -28,6 +30,15 @@ frmReport::frmReport(std::function<std::unique_ptr<report_page>(double scale)> m
     add("Zoom out", "Zoom out data", &frmReport::zoom_out);
     add("PageDn", "Page down", &frmReport::page_down);
     add("PageUp", "Page up", &frmReport::page_up);
+    QAction* stats = toolbar_->addAction(QStringLiteral("Print statistics"));
+    stats->setObjectName(QStringLiteral("Print statistics"));
+    stats->setToolTip(QStringLiteral("Adds the statistics after the report's own sections"));
+    stats->setCheckable(true);
+    stats->setChecked(report_print_statistics);
+    connect(stats, &QAction::toggled, this, [this](bool on) {
+        report_print_statistics = on;
+        report_make();
+    });
 
     scroll_ = new QWidget(this);
     scroll_->setObjectName(QStringLiteral("picScroll"));

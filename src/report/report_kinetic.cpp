@@ -9,6 +9,7 @@
 #include "plot/plot_scaling.h"
 #include "report_parts.h"
 #include "report_registry.h"
+#include "report_stats.h"
 #include "workbook.h"
 
 #include <algorithm>
@@ -142,6 +143,10 @@ void body(function_window& window, report_page& page) {
 }
 
 void sheets(function_window& window, workbook& book) {
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics)
+        rate_statistics_sheet(book, static_cast<frmKinetic&>(window).rate_statistics());
     auto& w = static_cast<frmKinetic&>(window);
     copy_grid(w.fgdValley(), book.add_sheet(QStringLiteral("Output data")),
               table_count(w.fgdValley(), static_cast<int>(kinetic.outputs.size())), 4);
@@ -175,6 +180,9 @@ report_piece kinetic_report() {
     p.graph = [](function_window& w, report_page& page) { kinetic_graph(page, w); };
     p.tables = [](function_window& w, report_page& page) { kinetic_tables(page, w, true); };
     p.sheets = sheets;
+    p.statistics = [](function_window& window, report_page& page) {
+        report_rate_statistics(page, static_cast<frmKinetic&>(window).rate_statistics());
+    };
     return p;
 }
 

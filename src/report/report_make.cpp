@@ -3,6 +3,7 @@
 #include "functions/function_window.h"
 #include "report_parts.h"
 #include "report_registry.h"
+#include "report_stats.h"
 #include "store/database.h"
 
 #include <QDateTime>
@@ -22,6 +23,7 @@ std::unique_ptr<report_page> report_make(function_window& window, double scale) 
     piece->title(lab, subject, op, remark);
     report_title_block(*page, lab, subject, op, remark);
     piece->body(window, *page);
+    if (report_print_statistics && piece->statistics) piece->statistics(window, *page);
     page->finish();
     return page;
 }
@@ -40,8 +42,10 @@ bool print_pages(const report_page& page, QPrinter& printer) {
 
 QString pdf_path_for(const QString& what) {
     // Two prints within a second each keep their own file.
-    const QString stem = QDir(data_folder()).filePath(
-        what + QLatin1Char('_') + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss")));
+    const QString stem =
+        QDir(data_folder())
+            .filePath(what + QLatin1Char('_') +
+                      QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss")));
     QString path = stem + QStringLiteral(".pdf");
     for (int n = 2; QFileInfo::exists(path); ++n)
         path = stem + QLatin1Char('-') + QString::number(n) + QStringLiteral(".pdf");

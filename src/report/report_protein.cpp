@@ -11,6 +11,7 @@
 #include "report_fit.h"
 #include "report_parts.h"
 #include "report_registry.h"
+#include "report_stats.h"
 #include "workbook.h"
 
 #include <algorithm>
@@ -123,8 +124,15 @@ void body(function_window& window, report_page& page) {
 
 void sheets(function_window& window, workbook& book) {
     auto& w = static_cast<frmProtein&>(window);
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics) {
+        const calibration_stats s = w.statistics();
+        calibration_statistics_sheet(book, s, protein.unit, w.sample_predictions(s));
+    }
     equation_sheet(book, protein.cal);
-    copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), protein.sample_rows);
+    // The sample table's own four columns; its statistics columns are on the statistics sheet.
+    copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), protein.sample_rows, 3);
     copy_grid(w.fgdData(), book.add_sheet(QStringLiteral("Standard data")), w.fgdData().Rows() - 1);
 }
 
@@ -144,6 +152,11 @@ report_piece protein_report() {
     p.graph = graphs;
     p.tables = [](function_window& w, report_page& page) { tables(w, page, true); };
     p.sheets = sheets;
+    p.statistics = [](function_window& window, report_page& page) {
+        const auto& w = static_cast<frmProtein&>(window);
+        const calibration_stats s = w.statistics();
+        report_calibration_statistics(page, s, protein.unit, w.sample_predictions(s));
+    };
     return p;
 }
 

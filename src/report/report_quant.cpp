@@ -9,6 +9,7 @@
 #include "report_fit.h"
 #include "report_parts.h"
 #include "report_registry.h"
+#include "report_stats.h"
 #include "workbook.h"
 
 #include <algorithm>
@@ -83,8 +84,15 @@ namespace {
 
 void sheets(function_window& window, workbook& book) {
     auto& w = static_cast<frmQuant&>(window);
+    // With "Print statistics" ticked the statistics sheet comes too; made first, it is written
+    // last, after the function's own sheets.
+    if (report_print_statistics) {
+        const calibration_stats s = w.statistics();
+        calibration_statistics_sheet(book, s, quant.unit, w.sample_predictions(s));
+    }
     equation_sheet(book, quant.cal);
-    copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), quant.sample_count);
+    // The sample table's own three columns; its statistics columns are on the statistics sheet.
+    copy_grid(w.fgdSample(), book.add_sheet(QStringLiteral("Sample data")), quant.sample_count, 2);
     copy_grid(w.fgdData(), book.add_sheet(QStringLiteral("Standard data")), quant.cal.std_count);
 }
 
@@ -107,6 +115,11 @@ report_piece quant_report() {
     };
     p.tables = [](function_window& w, report_page& page) { tables(w, page, true); };
     p.sheets = sheets;
+    p.statistics = [](function_window& window, report_page& page) {
+        const auto& w = static_cast<frmQuant&>(window);
+        const calibration_stats s = w.statistics();
+        report_calibration_statistics(page, s, quant.unit, w.sample_predictions(s));
+    };
     return p;
 }
 

@@ -24,6 +24,8 @@ struct report_piece {
     // whatever the report's flags), page breaks as in the report and no footer.
     std::function<void(function_window&, report_page&)> graph;
     std::function<void(function_window&, report_page&)> tables;
+    // The statistics section after the function's own sections, when "Print statistics" is ticked.
+    std::function<void(function_window&, report_page&)> statistics;
     // The sheets of the workbook, in the order they are made.
     std::function<void(function_window&, workbook&)> sheets;
 };

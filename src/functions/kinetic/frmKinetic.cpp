@@ -12,19 +12,23 @@
 #include "link/protocol.h"
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
+#include "platform/prompts.h"
 #include "plot/curve_drawing.h"
 #include "plot/dlgZoom.h"
 #include "plot/palette.h"
 #include "plot/plot_scaling.h"
 #include "plot/plot_surface.h"
+#include "processing/calibration_stats.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QTabBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cmath>
 
 namespace lumora {
 namespace {
@@ -98,7 +102,17 @@ frmKinetic::frmKinetic(const function_entry& entry, QWidget* parent) : function_
     scroll_->setMinimumHeight(450); // the square, its labels and the rate below
     left->addWidget(labels_[0]);
     left->addWidget(labels_[1]);
-    left->addLayout(quick_print_buttons(this, true));
+    rate_label_ = new QLabel(this);
+    rate_label_->setObjectName(QStringLiteral("lblRateStats"));
+    left->addWidget(rate_label_);
+    QBoxLayout* buttons = quick_print_buttons(this, true);
+    linear_range_ = new QPushButton(QStringLiteral("Linear range"), this);
+    linear_range_->setObjectName(QStringLiteral("cmdLinearRange"));
+    linear_range_->setAccessibleDescription(
+        QStringLiteral("Finds the longest straight stretch of the run and offers it as the rate window"));
+    buttons->insertWidget(buttons->count() - 1, linear_range_);
+    connect(linear_range_, &QPushButton::clicked, this, &frmKinetic::linear_range);
+    left->addLayout(buttons);
     layout->addWidget(tabs_);
     add_table_frames(this, tabs_, layout, 2, captions, names, tables_, frames_);
     connect(tabs_, &QTabBar::currentChanged, this, &frmKinetic::show_table);
@@ -192,6 +206,8 @@ void frmKinetic::describe_plot() {
 
 void frmKinetic::clear_form() {
     clear_kinetic_data();
+    rate_stats_ = {};
+    show_rate_stats();
     for (grid* g : tables_)
         g->Clear();
     init_data_area();
@@ -206,6 +222,8 @@ bool frmKinetic::has_data() const {
 
 void frmKinetic::read() {
     ++kinetic.kn_run_count;
+    rate_stats_ = {};
+    show_rate_stats();
     if (main_hooks.toolbar_enable_stop) main_hooks.toolbar_enable_stop();
     set_track(false);
     init();
@@ -342,6 +360,8 @@ void frmKinetic::calculate() {
     in.lag = s.kn_lag;
     in.factor = s.kn_factor;
     kinetic.fit = processing::kinetic_fit(kinetic.kn_samples, in);
+    rate_stats_ = processing::rate_statistics(kinetic.kn_samples, kinetic.fit, in);
+    show_rate_stats();
     plot_surface& p = *surface_;
     const fit_block block = fit_text_block(
         s, kinetic.fit, [&p](const QString& text) { return p.text_width(text); }, p.text_height());
@@ -350,6 +370,61 @@ void frmKinetic::calculate() {
         p.text(t.x, t.y, t.text);
     for (const fit_glyph& g : block.glyphs)
         p.text(g.x, g.y, QString(QChar(0x0394)));
+}
+
+void frmKinetic::show_rate_stats() {
+    const processing::rate_stats& r = rate_stats_;
+    if (r.n == 0) {
+        rate_label_->clear();
+        return;
+    }
+    if (!r.ok) {
+        rate_label_->setText(QStringLiteral("Rate SE: not enough data"));
+        return;
+    }
+    QString text = QStringLiteral("Rate SE = %1 A/min, R\u00b2 of the rate window = %2")
+                       .arg(QString::fromStdString(stats_number(r.rate_se, 3)), format_text(r.r2, "0.0000"));
+    if (r.curved) text += QStringLiteral("  -  not straight: R\u00b2 < 0.998");
+    rate_label_->setText(text);
+    rate_label_->setStyleSheet(r.curved ? QStringLiteral("color: #c00000") : QString());
+}
+
+void frmKinetic::linear_range() {
+    if (kinetic.kn_running || rate_stats_.n == 0) {
+        prompts::message_box(QStringLiteral("Linear range needs a finished run: press Read first."),
+                             box_icon::information, QStringLiteral("Linear range"));
+        return;
+    }
+    KineticSetup& s = kinetic_setup;
+    constexpr int least_rate = 15, least_lag = 2, most = 9999; // the setup's own limits
+    const int min_samples = static_cast<int>(std::ceil(least_rate / s.step())) + 1;
+    const processing::straight_stretch found = processing::longest_straight(kinetic.kn_samples, min_samples);
+    const int lag = std::max(least_lag, static_cast<int>(std::ceil(s.sample_time(found.first) - 1e-9)));
+    const int rate = std::min(most, static_cast<int>(std::floor(s.sample_time(found.last) + 1e-9)) - lag);
+    if (!found.found || rate < least_rate) {
+        prompts::message_box(
+            QStringLiteral("No straight stretch of %1 s or more in this run.").arg(least_rate),
+            box_icon::information, QStringLiteral("Linear range"));
+        return;
+    }
+    const QString question =
+        QStringLiteral(
+            "The absorbance rises in a straight line within its noise (%1 A) from %2 s to %3 s.\n"
+            "Use lag time %4 s and rate time %5 s as the rate window? The window is cleared for the next "
+            "Read, as on any change of the setup.")
+            .arg(QString::fromStdString(stats_number(found.noise, 2)),
+                 format_text(s.sample_time(found.first), "0.0"),
+                 format_text(s.sample_time(found.last), "0.0"))
+            .arg(lag)
+            .arg(rate);
+    if (prompts::message_box(question, box_icon::question, QStringLiteral("Linear range"),
+                             box_buttons::yes_no) != box_answer::yes)
+        return;
+    s.kn_lag = static_cast<std::int16_t>(lag);
+    s.kn_rate = static_cast<std::int16_t>(rate);
+    s.derive();
+    kinetic.kn_dirty = true;
+    clear_form();
 }
 
 void frmKinetic::draw_linear_fit() {

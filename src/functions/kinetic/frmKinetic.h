@@ -3,11 +3,13 @@
 // around the rate stretch, a straight line through the fit points and the rate per minute under
 // the plot. Each finished run adds a row to the output table, which later Reads keep.
 #include "functions/function_window.h"
+#include "processing/rate_stats.h"
 
 #include <array>
 #include <cstdint>
 
 class QLabel;
+class QPushButton;
 class QScrollArea;
 class QTabBar;
 
@@ -44,6 +46,11 @@ public:
     // The mouse on the plot: a right click tracks the sample under it, a move reads it out.
     void plot_pressed(QPoint pos, Qt::MouseButton button);
     void plot_moved(QPoint pos);
+    // How straight the rate window was, beside the rate: its standard error and R^2.
+    const processing::rate_stats& rate_statistics() const { return rate_stats_; }
+    // "Linear range": the longest straight stretch of the finished run, offered as the rate
+    // window of the next Read.
+    void linear_range();
 
     void run(toolbar_routine routine) override;
     bool has_data() const override;
@@ -64,6 +71,8 @@ public:
     grid& fgdValley() const { return *tables_[2]; }
     QLabel* lblValue(int index) const { return labels_[static_cast<std::size_t>(index)]; }
     QTabBar* tspData() const { return tabs_; }
+    QLabel* lblRateStats() const { return rate_label_; }
+    QPushButton* cmdLinearRange() const { return linear_range_; }
 
 private:
     void show_table(int index);
@@ -77,6 +86,10 @@ private:
     std::array<QWidget*, 3> frames_{};
     QTabBar* tabs_ = nullptr;
     bool tracking_ = false;
+    QLabel* rate_label_ = nullptr;
+    QPushButton* linear_range_ = nullptr;
+    processing::rate_stats rate_stats_;
+    void show_rate_stats();
     QString time_text_, value_text_; // panels 1 and 2, rewritten in place each sample
 };
 

@@ -1,6 +1,7 @@
 #include "frmProtein.h"
 
 #include "dlgProtein.h"
+#include "functions/stats_panel.h"
 #include "link/command_ring.h"
 #include "link/link_context.h"
 #include "link/photometric.h"
@@ -22,9 +23,14 @@
 #include <QTabBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <vector>
 
 namespace lumora {
 namespace {
+
+// The weighting chosen on the statistics tab, kept for the session while the window comes and
+// goes; the stored batches keep their layout and do not carry it.
+stats_weighting session_weighting = stats_weighting::none;
 
 double number(const QString& text) {
     return val(text.toStdString());
@@ -73,6 +79,7 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
     tabs_->setObjectName(QStringLiteral("tspData"));
     tabs_->addTab(QStringLiteral("Standard data"));
     tabs_->addTab(QStringLiteral("Sample data"));
+    tabs_->addTab(QStringLiteral("Statistics"));
     auto* right = new QVBoxLayout;
     right->addWidget(tabs_);
     const char* names[2] = {"fgdData", "fgdSample"};
@@ -88,6 +95,15 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
         frames_[static_cast<std::size_t>(i)] = frame;
         right->addWidget(frame, 1);
     }
+    stats_ = new stats_panel(this);
+    stats_->setObjectName(QStringLiteral("Frame1_2"));
+    frames_[2] = stats_;
+    right->addWidget(stats_, 1);
+    stats_->set_chosen(session_weighting);
+    connect(stats_, &stats_panel::weighting_changed, this, [this] {
+        session_weighting = stats_->chosen();
+        update_statistics();
+    });
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
@@ -118,7 +134,7 @@ void frmProtein::set_form_visible(bool visible) {
 }
 
 void frmProtein::show_table(int index) {
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 3; ++i)
         frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
 }
 
@@ -155,6 +171,7 @@ void frmProtein::clear_form() {
     const char* sample_heads[4] = {"No.", "ABS", "Conc.", "%CV"};
     for (int c = 0; c < 4; ++c)
         sample.setTextMatrix(0, c, QString::fromLatin1(sample_heads[c]));
+    sample_stats_headers(sample, 4);
     p.reading_std = true;
     double largest = 0;
     for (int k = 1; k <= n; ++k) {
@@ -172,7 +189,59 @@ void frmProtein::clear_form() {
     p.cal.conc_max = largest;
     p.cal.conc_min = 0;
     DiffDrawWindow();
+    update_statistics();
     if (main_hooks.toolbar_enable_function) main_hooks.toolbar_enable_function();
+}
+
+calibration_stats frmProtein::statistics() const {
+    const ProteinSetup& p = protein;
+    const stats_weighting w = stats_->chosen();
+    if (p.reading_std || !fitted_) {
+        calibration_stats none = calibration_statistics(p.cal.fit_type, w, {}, {});
+        none.why = "the standards are not all read";
+        return none;
+    }
+    // Every replicate as a point of its own: the average rows would hide the spread that the
+    // lack-of-fit test weighs.
+    const grid& data = fgdData();
+    const int rep = std_reps();
+    std::vector<double> conc, abs;
+    for (int r = 1; r <= std::min<int>(p.data_rows, data.Rows() - 1); ++r) {
+        if (r % (rep + 1) == 0 || data.TextMatrix(r, 2).isEmpty()) continue;
+        conc.push_back(number(data.TextMatrix(r, 1)));
+        abs.push_back(number(data.TextMatrix(r, 2)));
+    }
+    return calibration_statistics(p.cal.fit_type, w, conc, abs);
+}
+
+sample_prediction frmProtein::prediction(const calibration_stats& s, int average_row) const {
+    const int rep = std::clamp<int>(protein.sample_reps, 1, max_replicates);
+    const grid& g = fgdSample();
+    if (average_row % (rep + 1) != 0 || average_row > std::min<int>(protein.sample_rows, g.Rows() - 1))
+        return {};
+    double sum = 0;
+    for (int j = average_row - rep; j < average_row; ++j)
+        sum += number(g.TextMatrix(j, 1));
+    return predict_sample(s, sum / rep, rep, number(g.TextMatrix(average_row, 2)));
+}
+
+std::vector<labelled_prediction> frmProtein::sample_predictions(const calibration_stats& s) const {
+    std::vector<labelled_prediction> out;
+    const int rep = std::clamp<int>(protein.sample_reps, 1, max_replicates);
+    const grid& g = fgdSample();
+    for (int r = rep + 1; r <= std::min<int>(protein.sample_rows, g.Rows() - 1); r += rep + 1)
+        out.push_back({g.TextMatrix(r, 0), prediction(s, r)});
+    return out;
+}
+
+void frmProtein::update_statistics() {
+    const calibration_stats s = statistics();
+    stats_->show_stats(s, protein.unit);
+    const int rep = std::clamp<int>(protein.sample_reps, 1, max_replicates);
+    grid& g = fgdSample();
+    const int rows = std::min<int>(protein.sample_rows, g.Rows() - 1);
+    for (int r = rep + 1; r <= rows; r += rep + 1)
+        show_sample_prediction(g, r, 4, prediction(s, r));
 }
 
 void frmProtein::DiffDrawWindow() {
@@ -252,6 +321,7 @@ frmProtein::refit_result frmProtein::refit_standards() {
     protein_limits(fgdData(), p);
     fitted_ = true;
     DiffDrawWindow();
+    update_statistics();
     return refit_result::done;
 }
 
@@ -325,6 +395,10 @@ void frmProtein::show_data(std::int32_t mean) {
         if (!add_standard_reading(fgdData(), protein, a)) throw run_fault{"index out of range"};
     } else {
         add_sample_reading(fgdSample(), protein, a);
+        const int rep = std::clamp<int>(protein.sample_reps, 1, max_replicates);
+        if (protein.sample_rows % (rep + 1) == 0)
+            show_sample_prediction(fgdSample(), protein.sample_rows, 4,
+                                   prediction(statistics(), protein.sample_rows));
     }
     advance_run();
 }

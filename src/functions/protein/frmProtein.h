@@ -3,6 +3,8 @@
 // standards and the samples. Every standard and every sample is read a set number of times; each
 // group gets an average row, and from three replicates on its spread as %CV.
 #include "functions/function_window.h"
+#include "functions/stats_panel.h"
+#include "processing/calibration_stats.h"
 
 #include <QPointer>
 #include <array>
@@ -16,6 +18,7 @@ namespace lumora {
 class dlgProtein;
 class grid;
 class plot_surface;
+class stats_panel;
 
 class frmProtein : public function_window {
     Q_OBJECT
@@ -59,6 +62,17 @@ public:
     grid& fgdData() const { return *tables_[0]; }
     grid& fgdSample() const { return *tables_[1]; }
     QTabBar* tspData() const { return tabs_; }
+    stats_panel& Statistics() const { return *stats_; }
+
+    // The statistics of the calibration over every replicate reading of the standards, with the
+    // weighting chosen on the tab; a sample's concentration from the mean of its replicates with
+    // its prediction interval, on the sample's average row.
+    calibration_stats statistics() const;
+    sample_prediction prediction(const calibration_stats& s, int average_row) const;
+    // Every sample's prediction under its row's label, in the order of the table.
+    std::vector<labelled_prediction> sample_predictions(const calibration_stats& s) const;
+    // The tab and the sample table's statistics columns, after anything that changes either.
+    void update_statistics();
 
 private:
     void advance_run();
@@ -69,7 +83,8 @@ private:
     plot_surface* surface_ = nullptr;
     QScrollArea* scroll_ = nullptr;
     std::array<grid*, 2> tables_{};
-    std::array<QWidget*, 2> frames_{};
+    std::array<QWidget*, 3> frames_{}; // the two tables and the statistics
+    stats_panel* stats_ = nullptr;
     QTabBar* tabs_ = nullptr;
     QPointer<dlgProtein> setup_;
     bool fitted_ = false; // the calibration's curve is drawn by DiffDrawWindow

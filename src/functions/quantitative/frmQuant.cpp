@@ -1,6 +1,7 @@
 #include "frmQuant.h"
 
 #include "dlgQuant.h"
+#include "functions/stats_panel.h"
 #include "link/command_ring.h"
 #include "link/link_context.h"
 #include "link/photometric.h"
@@ -20,6 +21,10 @@
 
 namespace lumora {
 namespace {
+
+// The weighting chosen on the statistics tab, kept for the session while the window comes and
+// goes; the stored batches keep their layout and do not carry it.
+stats_weighting session_weighting = stats_weighting::none;
 
 double number(const QString& text) {
     return val(text.toStdString());
@@ -47,6 +52,7 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
     tabs_->setObjectName(QStringLiteral("tspData"));
     tabs_->addTab(QStringLiteral("Standard data"));
     tabs_->addTab(QStringLiteral("Sample data"));
+    tabs_->addTab(QStringLiteral("Statistics"));
     auto* right = new QVBoxLayout;
     right->addWidget(tabs_);
     const char* names[2] = {"fgdData", "fgdSample"};
@@ -62,6 +68,15 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
         frames_[static_cast<std::size_t>(i)] = frame;
         right->addWidget(frame, 1);
     }
+    stats_ = new stats_panel(this);
+    stats_->setObjectName(QStringLiteral("Frame1_2"));
+    frames_[2] = stats_;
+    right->addWidget(stats_, 1);
+    stats_->set_chosen(session_weighting);
+    connect(stats_, &stats_panel::weighting_changed, this, [this] {
+        session_weighting = stats_->chosen();
+        update_statistics();
+    });
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
@@ -93,7 +108,7 @@ void frmQuant::set_form_visible(bool visible) {
 }
 
 void frmQuant::show_table(int index) {
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 3; ++i)
         frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
 }
 
@@ -115,6 +130,44 @@ void frmQuant::sample_headers() {
     s.setTextMatrix(0, 0, QStringLiteral("No."));
     s.setTextMatrix(0, 1, QStringLiteral("ABS"));
     s.setTextMatrix(0, 2, QStringLiteral("Conc."));
+    sample_stats_headers(s, 3);
+}
+
+calibration_stats frmQuant::statistics() const {
+    const calibration_set& c = quant.cal;
+    const stats_weighting w = stats_->chosen();
+    if (quant.std_type == 2 || quant.reading_std) {
+        calibration_stats none = calibration_statistics(c.fit_type, w, {}, {});
+        none.why =
+            quant.std_type == 2 ? "the calibration is a known factor" : "the standards are not all read";
+        return none;
+    }
+    const auto n = static_cast<std::size_t>(standard_count());
+    return calibration_statistics(c.fit_type, w, std::span(c.std_conc.data(), n),
+                                  std::span(c.std_abs.data(), n));
+}
+
+sample_prediction frmQuant::prediction(const calibration_stats& s, int row) const {
+    if (row < 1 || row > std::min<int>(quant.sample_count, max_samples)) return {};
+    const auto i = static_cast<std::size_t>(row);
+    // From the reading as shown, as the Conc. column has it.
+    return predict_sample(s, number(format_text(quant.sample_abs[i], "0.000")), 1, quant.sample_conc[i]);
+}
+
+std::vector<labelled_prediction> frmQuant::sample_predictions(const calibration_stats& s) const {
+    std::vector<labelled_prediction> out;
+    for (int r = 1; r <= std::clamp<int>(quant.sample_count, 0, max_samples); ++r)
+        out.push_back({QString::number(r), prediction(s, r)});
+    return out;
+}
+
+void frmQuant::update_statistics() {
+    const calibration_stats s = statistics();
+    stats_->show_stats(s, quant.unit);
+    grid& g = fgdSample();
+    const int count = std::min<int>({quant.sample_count, max_samples, g.Rows() - 1});
+    for (int r = 1; r <= count; ++r)
+        show_sample_prediction(g, r, 3, prediction(s, r));
 }
 
 void frmQuant::draw_frame() {
@@ -233,6 +286,7 @@ void frmQuant::clear_form() {
         break;
     }
     }
+    update_statistics();
     if (main_hooks.toolbar_enable_function) main_hooks.toolbar_enable_function();
 }
 
@@ -335,6 +389,7 @@ void frmQuant::show_data(std::int32_t mean) {
             g.setTextMatrix(row, 2, format_text(q.sample_conc[i], "#0.000"));
             ++q.sample_count;
             q.sample_valid[i] = true;
+            show_sample_prediction(g, row, 3, prediction(statistics(), row));
         }
         // Past the last row the reading is only shown; the toolbar still comes back, and with
         // it the question whether to restart from 1.
@@ -374,6 +429,7 @@ void frmQuant::advance_run() {
     q.sample_count = 0;
     q.reading_std = false;
     if (fit(q.cal.fit_type)) draw_calibration(true);
+    update_statistics();
     prompts::message_box(QStringLiteral("Please press RUN to read samples!"), box_icon::information,
                          QStringLiteral("Information"));
     tabs_->setCurrentIndex(1);
@@ -390,6 +446,7 @@ void frmQuant::load_old_data() {
         g.setTextMatrix(i, 1, format_text(quant.sample_abs[k], "#0.000"));
         g.setTextMatrix(i, 2, format_text(quant.sample_conc[k], "#0.000"));
     }
+    update_statistics();
 }
 
 void frmQuant::fgdSample_Click(int row) {

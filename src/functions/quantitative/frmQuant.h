@@ -3,6 +3,8 @@
 // "Zero" zeroes on the blank at the wavelength, "Read" reads the next standard while standards
 // are due and the next sample after that; each sample's Conc. comes from the calibration.
 #include "functions/function_window.h"
+#include "functions/stats_panel.h"
+#include "processing/calibration_stats.h"
 
 #include <QPointer>
 #include <array>
@@ -16,6 +18,7 @@ namespace lumora {
 class dlgQuant;
 class grid;
 class plot_surface;
+class stats_panel;
 
 class frmQuant : public function_window {
     Q_OBJECT
@@ -53,6 +56,16 @@ public:
     grid& fgdData() const { return *tables_[0]; }
     grid& fgdSample() const { return *tables_[1]; }
     QTabBar* tspData() const { return tabs_; }
+    stats_panel& Statistics() const { return *stats_; }
+
+    // The statistics of the calibration in force with the weighting chosen on the tab, and a
+    // sample's concentration with its prediction interval (row 1..sample_count).
+    calibration_stats statistics() const;
+    sample_prediction prediction(const calibration_stats& s, int row) const;
+    // Every sample's prediction under its row's label, in the order of the table.
+    std::vector<labelled_prediction> sample_predictions(const calibration_stats& s) const;
+    // The tab and the sample table's statistics columns, after anything that changes either.
+    void update_statistics();
 
 private:
     // The step after a reading: the toolbar back, and after the last standard the calibration.
@@ -70,7 +83,8 @@ private:
     plot_surface* surface_ = nullptr;
     QScrollArea* scroll_ = nullptr;
     std::array<grid*, 2> tables_{};
-    std::array<QWidget*, 2> frames_{};
+    std::array<QWidget*, 3> frames_{}; // the two tables and the statistics
+    stats_panel* stats_ = nullptr;
     QTabBar* tabs_ = nullptr;
     QPointer<dlgQuant> setup_;
 };
