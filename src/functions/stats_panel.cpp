@@ -1,5 +1,6 @@
 #include "stats_panel.h"
 
+#include "dialog_parts.h"
 #include "platform/grid.h"
 #include "platform/numeric_text.h"
 #include "plot/difference_plot.h"
@@ -9,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace lumora {
@@ -135,6 +137,26 @@ void show_sample_prediction(grid& table, int row, int first, const sample_predic
     table.setTextMatrix(row, first, p.ok ? QString::fromStdString(stats_number(p.low, 4)) : QString());
     table.setTextMatrix(row, first + 1, p.ok ? QString::fromStdString(stats_number(p.high, 4)) : QString());
     table.setTextMatrix(row, first + 2, QString::fromStdString(sample_flags(p)));
+}
+
+stats_panel* add_calibration_tables(QWidget* window, QTabBar* tabs, QBoxLayout* layout,
+                                    std::array<grid*, 2>& tables, std::array<QWidget*, 3>& frames,
+                                    stats_weighting& weighting, std::function<void()> on_pick) {
+    const char* captions[3] = {"Standard data", "Sample data", "Statistics"};
+    for (const char* c : captions)
+        tabs->addTab(QString::fromLatin1(c));
+    const char* names[2] = {"fgdData", "fgdSample"};
+    add_table_frames(window, tabs, layout, 1, 2, nullptr, names, tables.data(), frames.data());
+    auto* panel = new stats_panel(window);
+    panel->setObjectName(QStringLiteral("Frame1_2"));
+    frames[2] = panel;
+    layout->addWidget(panel, 1);
+    panel->set_chosen(weighting);
+    QObject::connect(panel, &stats_panel::weighting_changed, window, [panel, &weighting, on_pick] {
+        weighting = panel->chosen();
+        on_pick();
+    });
+    return panel;
 }
 
 } // namespace lumora

@@ -8,9 +8,13 @@
 
 #include <QStringList>
 #include <QWidget>
+#include <array>
+#include <functional>
 
+class QBoxLayout;
 class QComboBox;
 class QLabel;
+class QTabBar;
 
 namespace lumora {
 
@@ -44,6 +48,13 @@ private:
     QLabel* warning_ = nullptr;
     plot_surface* plot_ = nullptr;
 };
+
+// The right side of a calibration window: the tabs "Standard data", "Sample data" and
+// "Statistics" over the tables fgdData and fgdSample and the statistics panel (Frame1_2). The
+// panel starts on `weighting`, which takes the user's later picks before `on_pick` runs.
+stats_panel* add_calibration_tables(QWidget* window, QTabBar* tabs, QBoxLayout* layout,
+                                    std::array<grid*, 2>& tables, std::array<QWidget*, 3>& frames,
+                                    stats_weighting& weighting, std::function<void()> on_pick);
 
 // The sample table's statistics columns from column `first` on: "Conc. low 95%", "Conc. high
 // 95%", "Flag". The table keeps its other columns as they are.

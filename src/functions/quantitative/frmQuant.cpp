@@ -1,6 +1,7 @@
 #include "frmQuant.h"
 
 #include "dlgQuant.h"
+#include "functions/dialog_parts.h"
 #include "functions/stats_panel.h"
 #include "link/command_ring.h"
 #include "link/link_context.h"
@@ -50,33 +51,10 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
     scroll_->setMinimumWidth(240);
     tabs_ = new QTabBar(this);
     tabs_->setObjectName(QStringLiteral("tspData"));
-    tabs_->addTab(QStringLiteral("Standard data"));
-    tabs_->addTab(QStringLiteral("Sample data"));
-    tabs_->addTab(QStringLiteral("Statistics"));
     auto* right = new QVBoxLayout;
     right->addWidget(tabs_);
-    const char* names[2] = {"fgdData", "fgdSample"};
-    for (int i = 0; i < 2; ++i) {
-        auto* frame = new QWidget(this);
-        frame->setObjectName(QStringLiteral("Frame1_%1").arg(i));
-        auto* frame_layout = new QVBoxLayout(frame);
-        frame_layout->setContentsMargins(0, 0, 0, 0);
-        auto* g = new grid(frame);
-        g->setObjectName(QString::fromLatin1(names[i]));
-        frame_layout->addWidget(g);
-        tables_[static_cast<std::size_t>(i)] = g;
-        frames_[static_cast<std::size_t>(i)] = frame;
-        right->addWidget(frame, 1);
-    }
-    stats_ = new stats_panel(this);
-    stats_->setObjectName(QStringLiteral("Frame1_2"));
-    frames_[2] = stats_;
-    right->addWidget(stats_, 1);
-    stats_->set_chosen(session_weighting);
-    connect(stats_, &stats_panel::weighting_changed, this, [this] {
-        session_weighting = stats_->chosen();
-        update_statistics();
-    });
+    stats_ = add_calibration_tables(this, tabs_, right, tables_, frames_, session_weighting,
+                                    [this] { update_statistics(); });
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(scroll_, 3);
     layout->addLayout(right, 2);
@@ -108,8 +86,7 @@ void frmQuant::set_form_visible(bool visible) {
 }
 
 void frmQuant::show_table(int index) {
-    for (int i = 0; i < 3; ++i)
-        frames_[static_cast<std::size_t>(i)]->setVisible(i == index);
+    show_only_frame(frames_, index);
 }
 
 void frmQuant::init_data_area() {
