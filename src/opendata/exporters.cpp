@@ -1,5 +1,6 @@
 #include "exporters.h"
 
+#include "functions/stats_panel.h"
 #include "link/shared_state.h"
 #include "store/batches.h"
 
@@ -65,6 +66,19 @@ void add_statistics(context_lines& c, const QList<QStringList>& rows) {
         if (row.size() > 2 && !row[2].isEmpty()) value += QStringLiteral(" (") + row[2] + QLatin1Char(')');
         c.emplace_back(QStringLiteral("statistics ") + row[0], value);
     }
+}
+
+void add_predictions(context_lines& c, const std::vector<labelled_prediction>& predictions) {
+    QList<QStringList> rows;
+    for (const labelled_prediction& p : predictions) {
+        const QStringList cells = prediction_cells(p);
+        rows.append({QStringLiteral("sample ") + cells[0],
+                     p.p.ok
+                         ? cells[1] + QStringLiteral(", 95% ") + cells[2] + QStringLiteral(" to ") + cells[3]
+                         : QString(),
+                     cells[4]});
+    }
+    add_statistics(c, rows);
 }
 
 } // namespace lumora::opendata

@@ -11,7 +11,8 @@
 
 namespace lumora {
 class function_window;
-}
+struct labelled_prediction;
+} // namespace lumora
 
 namespace lumora::opendata {
 
@@ -36,6 +37,8 @@ using context_lines = std::vector<std::pair<QString, QString>>;
 
 // Statistics rows (label, value, SE or note) as context lines under "statistics <label>".
 void add_statistics(context_lines& c, const QList<QStringList>& rows);
+// Each sample's 95 % interval and flag as context lines: "statistics sample 3" = "1.2, 95% 1.1 to 1.3".
+void add_predictions(context_lines& c, const std::vector<labelled_prediction>& predictions);
 
 // The lines every export starts with: program, function, source, laboratory, operator, ...
 context_lines common_context(const QString& function_caption, const export_source& source,

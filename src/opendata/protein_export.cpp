@@ -94,16 +94,7 @@ std::vector<out_file> protein_export(const function_window& window, export_forma
 
     csv_table sa;
     sa.context = protein_context(source);
-    QList<QStringList> predictions;
-    for (const labelled_prediction& p : w.sample_predictions(stats)) {
-        const QStringList cells = prediction_cells(p);
-        predictions.append(
-            {QStringLiteral("sample ") + cells[0],
-             p.p.ok ? cells[1] + QStringLiteral(", 95% ") + cells[2] + QStringLiteral(" to ") + cells[3]
-                    : QString(),
-             cells[4]});
-    }
-    add_statistics(sa.context, predictions);
+    add_predictions(sa.context, w.sample_predictions(stats));
     sa.header << QStringLiteral("No.") << QStringLiteral("Absorbance") << with_unit(QStringLiteral("Conc."))
               << QStringLiteral("%CV");
     for (int r = 1; r <= samples; ++r)

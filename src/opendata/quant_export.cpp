@@ -76,17 +76,7 @@ std::vector<out_file> quant_export(const function_window& window, export_format 
 
     csv_table sa;
     sa.context = quant_context(source);
-    QList<QStringList> predictions;
-    for (const labelled_prediction& p :
-         w ? w->sample_predictions(stats) : std::vector<labelled_prediction>{}) {
-        const QStringList cells = prediction_cells(p);
-        predictions.append(
-            {QStringLiteral("sample ") + cells[0],
-             p.p.ok ? cells[1] + QStringLiteral(", 95% ") + cells[2] + QStringLiteral(" to ") + cells[3]
-                    : QString(),
-             cells[4]});
-    }
-    add_statistics(sa.context, predictions);
+    add_predictions(sa.context, w ? w->sample_predictions(stats) : std::vector<labelled_prediction>{});
     sa.header << QStringLiteral("No.") << QStringLiteral("Mark") << QStringLiteral("Absorbance")
               << conc_header();
     for (int r = 1; r <= samples; ++r) {
