@@ -10,7 +10,6 @@
 #include "platform/prompts.h"
 #include "processing/calibration_fit.h"
 
-#include <QApplication>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QTabBar>
@@ -85,13 +84,3 @@ void BM_OkToPlot(benchmark::State& state) {
 BENCHMARK(BM_OkToPlot)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -8,7 +8,6 @@
 #include "link/response_decoder.h"
 #include "link/shared_state.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 #include <cmath>
 
@@ -80,12 +79,3 @@ void BM_KineticZoomData(benchmark::State& state) {
 BENCHMARK(BM_KineticZoomData)->Arg(5)->Arg(99)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

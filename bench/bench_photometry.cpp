@@ -8,7 +8,6 @@
 #include "link/shared_state.h"
 #include "platform/grid.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 
 using namespace lumora;
@@ -58,12 +57,3 @@ void BM_PhotometryThousandReadings(benchmark::State& state) {
 BENCHMARK(BM_PhotometryThousandReadings)->Arg(10)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

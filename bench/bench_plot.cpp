@@ -6,7 +6,6 @@
 #include "plot/palette.h"
 #include "plot/plot_surface.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <memory>
@@ -94,13 +93,3 @@ void BM_ZoomData_20Curves_FirstTime(benchmark::State& state) {
 BENCHMARK(BM_ZoomData_20Curves_FirstTime)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -10,7 +10,6 @@
 #include "platform/grid.h"
 #include "platform/prompts.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 #include <random>
 
@@ -87,13 +86,3 @@ void BM_SampleReading(benchmark::State& state) {
 BENCHMARK(BM_SampleReading)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -16,7 +16,6 @@
 #include "report/report_make.h"
 #include "report/workbook.h"
 
-#include <QApplication>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -114,12 +113,3 @@ void BM_ExportTimescan2Grid32767(benchmark::State& state) {
 BENCHMARK(BM_ExportTimescan2Grid32767)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -7,7 +7,6 @@
 #include "link/link_context.h"
 #include "link/shared_state.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 
 using namespace lumora;
@@ -44,12 +43,3 @@ void BM_SpectrumSamplePoint(benchmark::State& state) {
 BENCHMARK(BM_SpectrumSamplePoint)->Arg(1100)->Arg(430)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

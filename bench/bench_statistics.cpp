@@ -6,7 +6,6 @@
 #include "plot/plot_surface.h"
 #include "processing/calibration_stats.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 #include <random>
 #include <vector>
@@ -69,12 +68,3 @@ void BM_StatisticsTab(benchmark::State& state) {
 BENCHMARK(BM_StatisticsTab)->Name("statistics_tab")->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

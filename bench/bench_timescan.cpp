@@ -13,7 +13,6 @@
 #include "platform/grid.h"
 #include "plot/plot_surface.h"
 
-#include <QApplication>
 #include <benchmark/benchmark.h>
 
 using namespace lumora;
@@ -118,12 +117,3 @@ void BM_DrawDataPageLast(benchmark::State& state) {
 BENCHMARK(BM_DrawDataPageLast)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
