@@ -8,9 +8,6 @@
 
 namespace lumora {
 
-// Text stops this far short of the page's right edge.
-constexpr int report_right_margin = 40;
-
 void report_title_block(report_page& page, const QString& laboratory, const QString& subject,
                         const QString& op, const QString& remark) {
     const int k = page.k();

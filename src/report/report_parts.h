@@ -73,6 +73,9 @@ private:
 void report_marked_rows(report_columns& out, const grid& table, const processing::mark* marks, int count,
                         int cols);
 
+// Text stops this far short of the page's right edge.
+constexpr int report_right_margin = 40;
+
 // The parameter block at `left`: head "Parameter settings" at row 200 and a line each. A line
 // that would run past the page's right margin goes on in the next line, indented.
 void report_parameters(report_page& page, int left, const QStringList& lines);

@@ -21,6 +21,17 @@ void print_row(report_page& page, const QStringList& cells, std::initializer_lis
     page.y += page.text_height();
 }
 
+// A label at 50 and its text at 235, the text going on in further lines where the page ends.
+void print_wrapped(report_page& page, const QString& label, const QString& text) {
+    const double width = (report_page_width - report_right_margin - 235) * page.k();
+    const auto measure = [&page](const QString& t) { return page.text_width(t); };
+    QString first = label;
+    for (const QString& piece : wrap_line(text, width, measure)) {
+        print_row(page, {first, piece}, {50, 235});
+        first.clear();
+    }
+}
+
 void sheet_rows(workbook::sheet& sheet, int& row, const QList<QStringList>& rows) {
     for (const QStringList& cells : rows) {
         for (int c = 0; c < cells.size(); ++c)
@@ -34,14 +45,14 @@ void sheet_rows(workbook::sheet& sheet, int& row, const QList<QStringList>& rows
 void report_calibration_statistics(report_page& page, const calibration_stats& s, const QString& unit,
                                    const std::vector<labelled_prediction>& samples) {
     report_section(page, QStringLiteral("Statistics"));
-    page.set_font_size(9);
+    page.set_font_size(12);
     for (const QStringList& row : stats_rows(s, unit)) {
         // A verdict is long: its figures go on a line of their own.
         if (row[1].size() > 28 && !row[2].isEmpty()) {
-            print_row(page, {row[0], row[1]}, {50, 210});
-            print_row(page, {QString(), row[2]}, {50, 210});
+            print_wrapped(page, row[0], row[1]);
+            print_wrapped(page, QString(), row[2]);
         } else {
-            print_row(page, row, {50, 210, 470});
+            print_row(page, row, {50, 235, 490});
         }
     }
     if (samples.empty()) return;
@@ -53,7 +64,7 @@ void report_calibration_statistics(report_page& page, const calibration_stats& s
 
 void report_rate_statistics(report_page& page, const processing::rate_stats& r) {
     report_section(page, QStringLiteral("Statistics"));
-    page.set_font_size(9);
+    page.set_font_size(12);
     for (const QStringList& row : rate_rows(r))
         print_row(page, row, {50, 250});
 }
