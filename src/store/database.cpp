@@ -22,9 +22,6 @@ namespace {
 
 const QString connection_name = QStringLiteral("lumora");
 const QString server_connection_name = QStringLiteral("lumora-server");
-// Rows a statement sends to the server: large enough that a long run takes a few round trips,
-// small enough that one statement's text stays a few megabytes.
-constexpr std::size_t server_rows_per_statement = 8000;
 
 // A statement waits this long for another program's lock before it gives up; longer waits are
 // retries from the event loop (db_write_retrying), so the window never hangs on a lock.
@@ -190,41 +187,79 @@ void insert_rows_file(QSqlDatabase& db, const QString& table, const std::vector<
     }
 }
 
-// The server takes the values of a row straight into the columns (so it knows their types), the
-// fixed ones repeated in every row, as many rows to a statement as its 65,535 bound values allow.
+// The types of a server table's columns by lower-case name, read once per connection.
+std::map<QString, std::map<QString, QString>> server_column_types;
+
+const std::map<QString, QString>& column_types(QSqlDatabase& db, const QString& table) {
+    auto it = server_column_types.find(table);
+    if (it != server_column_types.end()) return it->second;
+    QSqlQuery q(db);
+    exec_or_throw(q,
+                  QStringLiteral("SELECT attname, format_type(atttypid, atttypmod) FROM pg_attribute WHERE "
+                                 "attrelid = to_regclass(?) AND attnum > 0 AND NOT attisdropped"),
+                  {table.toLower()});
+    std::map<QString, QString> types;
+    while (q.next())
+        types[q.value(0).toString().toLower()] = q.value(1).toString();
+    return server_column_types[table] = std::move(types);
+}
+
+// One element of an array literal: NULL, or the text in double quotes with \ and " escaped.
+void append_element(QString& out, const QVariant& v) {
+    if (v.isNull()) {
+        out += QLatin1String("NULL");
+        return;
+    }
+    const QString text =
+        v.typeId() == QMetaType::Double ? QString::number(v.toDouble(), 'g', 17) : v.toString();
+    out += QLatin1Char('"');
+    for (const QChar c : text) {
+        if (c == QLatin1Char('"') || c == QLatin1Char('\\')) out += QLatin1Char('\\');
+        out += c;
+    }
+    out += QLatin1Char('"');
+}
+
+// The server takes every row of a column as one array, and unnest() turns the arrays back into
+// rows: one statement and a handful of bound values however many rows there are, instead of a
+// value per cell for the server to parse.
 void insert_rows_server(QSqlDatabase& db, const QString& table, const std::vector<fixed_column>& fixed,
                         const QStringList& varying, std::size_t rows,
                         const std::function<QVariant(std::size_t row, int column)>& value) {
     const int width = static_cast<int>(varying.size());
-    const int all = width + static_cast<int>(fixed.size());
-    const std::size_t per_statement =
-        std::min<std::size_t>(server_rows_per_statement, static_cast<std::size_t>(65535 / all));
-    QStringList names;
-    for (const fixed_column& f : fixed)
+    const auto& types = column_types(db, table);
+    QStringList names, picks, arrays;
+    for (const fixed_column& f : fixed) {
         names << f.name;
-    names << varying;
-    const QString head =
-        QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(table, names.join(QLatin1Char(',')));
-    const QString tuple =
-        QLatin1Char('(') + QStringList(all, QStringLiteral("?")).join(QLatin1Char(',')) + QLatin1Char(')');
-    QSqlQuery q(db);
-    std::size_t prepared_for = 0;
-    for (std::size_t first = 0; first < rows; first += per_statement) {
-        const std::size_t n = std::min(per_statement, rows - first);
-        if (n != prepared_for) {
-            if (!q.prepare(head + QStringList(static_cast<int>(n), tuple).join(QLatin1Char(','))))
-                throw to_error(q.lastError(), db);
-            prepared_for = n;
-        }
-        int at = 0;
-        for (std::size_t r = first; r < first + n; ++r) {
-            for (const fixed_column& f : fixed)
-                q.bindValue(at++, f.value);
-            for (int c = 0; c < width; ++c)
-                q.bindValue(at++, value(r, c));
-        }
-        if (!q.exec()) throw to_error(q.lastError(), db);
+        picks << QStringLiteral("?");
     }
+    for (int c = 0; c < width; ++c) {
+        const auto type = types.find(varying[c].toLower());
+        if (type == types.end())
+            throw db_error{QStringLiteral("the server's table %1 has no column %2").arg(table, varying[c])};
+        names << varying[c];
+        arrays << QStringLiteral("?::%1[]").arg(type->second);
+    }
+    const QString sql = QStringLiteral("INSERT INTO %1 (%2) SELECT %3 FROM unnest(%4)")
+                            .arg(table, names.join(QLatin1Char(',')),
+                                 (picks + QStringList{QStringLiteral("*")}).join(QLatin1Char(',')),
+                                 arrays.join(QLatin1Char(',')));
+    std::vector<QVariant> values;
+    for (const fixed_column& f : fixed)
+        values.push_back(f.value);
+    for (int c = 0; c < width; ++c) {
+        QString array;
+        array.reserve(static_cast<qsizetype>(rows) * 12);
+        array += QLatin1Char('{');
+        for (std::size_t r = 0; r < rows; ++r) {
+            if (r) array += QLatin1Char(',');
+            append_element(array, value(r, c));
+        }
+        array += QLatin1Char('}');
+        values.push_back(array);
+    }
+    QSqlQuery q(db);
+    exec_or_throw(q, sql, values);
 }
 
 // The file's connection goes, and with it every retry still waiting for it.
@@ -305,6 +340,7 @@ void connect_server() {
     }
     server.failure.clear();
     server.in_transaction = false;
+    server_column_types.clear();
 }
 
 // A statement that failed for want of a connection: the server went away or threw this session
