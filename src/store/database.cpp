@@ -537,6 +537,11 @@ bool db_target_is_server() {
     return db_target_is_server_now();
 }
 
+QString store_fault_text(const db_error& e, const QString& otherwise) {
+    const QString why = e.what.isEmpty() ? QStringLiteral("unknown database fault") : e.what;
+    return (e.unreachable() ? QStringLiteral("The database is not reachable: ") : otherwise) + why;
+}
+
 record_set db_query(const QString& sql, const std::vector<QVariant>& values) {
     record_set rs;
     on_target([&](QSqlDatabase& db) {

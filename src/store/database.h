@@ -88,6 +88,10 @@ public:
 // The statements of the moment go to the server.
 bool db_target_is_server();
 
+// What the user reads of a fault of the batch store: "The database is not reachable: <reason>"
+// for a server that cannot be reached, else `otherwise` followed by the reason.
+QString store_fault_text(const db_error& e, const QString& otherwise);
+
 // Where a file that cannot be used is moved: "<name>-<yyyy-MM-dd>.db" beside it, or
 // "<name>-<yyyy-MM-dd>-2.db" and so on when that is taken.
 QString db_aside_path(const QString& path);
