@@ -106,7 +106,8 @@ void db_execute(const QString& sql, const std::vector<QVariant>& values = {});
 
 // Inserts `rows` rows into `table`, many rows to a statement: the `fixed` columns take the same
 // value in every row (bound once a statement), the `varying` columns of row r and column c take
-// `value(r, c)`. Throws at the first failure; run it inside a transaction to keep it whole.
+// `value(r, c)`. The server gets each varying column as one array in one statement. Throws at the
+// first failure; run it inside a transaction to keep it whole.
 struct fixed_column {
     QString name;
     QVariant value;
