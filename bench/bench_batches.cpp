@@ -1,6 +1,9 @@
-// Stored batches on a real SQLite file: a 32,767-sample fixed-interval Timescan and a 20-curve
-// Spectrum (15,841 rows), each saved from its window and loaded back into it; and the same
-// 20-curve save as one autocommitted statement per row, the reference for the one-transaction save.
+// Stored batches on a real SQLite file and on a real PostgreSQL server (server:0 and server:1 in
+// the names): a 32,767-sample fixed-interval Timescan and a 20-curve Spectrum (15,841 rows), each
+// saved from its window and loaded back into it; and the same 20-curve save as one autocommitted
+// statement per row into the file, the reference for the one-transaction save. The server is
+// LUMORA_BENCH_DATABASE when it names one, else a local one started for the run
+// (tests/support/pg-test-server) and stopped at its end.
 #include "functions/function_catalog.h"
 #include "functions/spectrum/frmSpectrum.h"
 #include "functions/spectrum/spectrum_data.h"
@@ -15,8 +18,11 @@
 #include "store/database.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+#include <cstdio>
 #include <memory>
 
 using namespace lumora;
@@ -26,11 +32,38 @@ namespace {
 const QString ti_name = QStringLiteral("TIMESCAN2");
 const QString sp_name = QStringLiteral("SPECTRUM");
 
+QString server_url; // "" when there is no server to measure
+
 struct store_fixture {
     QTemporaryDir dir;
-    store_fixture() { db_open_file(dir.path() + QStringLiteral("/Lumora.db"), true); }
+    bool ok = true;
+    explicit store_fixture(benchmark::State& state) {
+        db_open_file(dir.path() + QStringLiteral("/Lumora.db"), true);
+        if (state.range(0) == 0) return;
+        if (server_url.isEmpty() || !db_open_server(server_url).isEmpty()) {
+            ok = false;
+            state.SkipWithError("no PostgreSQL server");
+            return;
+        }
+        // Every run starts from an empty server.
+        for (batch_kind kind : {batch_kind::data, batch_kind::parameter})
+            batch_delete_all(kind);
+        batch_scope scope;
+        for (const char* table : {"trash_data", "trash_parameter", "trash_batches"})
+            db_execute(QStringLiteral("DELETE FROM ") + QString::fromLatin1(table));
+    }
     ~store_fixture() { db_close(); }
 };
+
+// What a save leaves behind goes before the next one; on the server that is the trash too.
+void clear_batches() {
+    batch_delete_all(batch_kind::data);
+    batch_scope scope;
+    if (db_target_is_server()) {
+        db_execute(QStringLiteral("DELETE FROM trash_data"));
+        db_execute(QStringLiteral("DELETE FROM trash_batches"));
+    }
+}
 
 std::unique_ptr<frmTimescan2> interval_window_full() {
     shared.function_id = fid_timescan2;
@@ -63,21 +96,23 @@ std::unique_ptr<frmSpectrum> spectrum_window_full() {
 }
 
 void BM_Timescan2Save(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = interval_window_full();
     int n = 0;
     for (auto _ : state) {
         batch_save(batch_kind::data, ti_name, QStringLiteral("t%1").arg(++n), w->result_rows());
         state.PauseTiming();
-        batch_delete_all(batch_kind::data);
+        clear_batches();
         state.ResumeTiming();
     }
     state.counters["rows"] = static_cast<double>(w->result_rows().size());
 }
-BENCHMARK(BM_Timescan2Save)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Timescan2Save)->ArgName("server")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_Timescan2Load(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = interval_window_full();
     batch_save(batch_kind::data, ti_name, QStringLiteral("t1"), w->result_rows());
     for (auto _ : state) {
@@ -85,45 +120,49 @@ void BM_Timescan2Load(benchmark::State& state) {
     }
     state.counters["samples"] = w->fgdTrack().Rows() - 1;
 }
-BENCHMARK(BM_Timescan2Load)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Timescan2Load)->ArgName("server")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // The rows alone, out of the file: the share of the store in a load.
 void BM_Timescan2ReadRows(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = interval_window_full();
     batch_save(batch_kind::data, ti_name, QStringLiteral("t1"), w->result_rows());
     for (auto _ : state)
         benchmark::DoNotOptimize(batch_read(batch_kind::data, ti_name, QStringLiteral("t1")));
 }
-BENCHMARK(BM_Timescan2ReadRows)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Timescan2ReadRows)->ArgName("server")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_Spectrum20Save(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = spectrum_window_full();
     int n = 0;
     for (auto _ : state) {
         batch_save(batch_kind::data, sp_name, QStringLiteral("s%1").arg(++n), w->result_rows());
         state.PauseTiming();
-        batch_delete_all(batch_kind::data);
+        clear_batches();
         state.ResumeTiming();
     }
     state.counters["rows"] = static_cast<double>(w->result_rows().size());
 }
-BENCHMARK(BM_Spectrum20Save)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Spectrum20Save)->ArgName("server")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_Spectrum20Load(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = spectrum_window_full();
     batch_save(batch_kind::data, sp_name, QStringLiteral("s1"), w->result_rows());
     for (auto _ : state)
         w->load_result(batch_read(batch_kind::data, sp_name, QStringLiteral("s1")));
     state.counters["curves"] = spectrum.curve_count;
 }
-BENCHMARK(BM_Spectrum20Load)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Spectrum20Load)->ArgName("server")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // The reference: every row its own statement, committed on its own, values pasted into the text.
 void BM_Spectrum20SaveRowByRow(benchmark::State& state) {
-    store_fixture store;
+    store_fixture store(state);
+    if (!store.ok) return;
     auto w = spectrum_window_full();
     int n = 0;
     for (auto _ : state) {
@@ -140,11 +179,11 @@ void BM_Spectrum20SaveRowByRow(benchmark::State& state) {
                                       .arg(name, sp_name, QString::number(r.seq), r.value, r.type));
         }
         state.PauseTiming();
-        batch_delete_all(batch_kind::data);
+        clear_batches();
         state.ResumeTiming();
     }
 }
-BENCHMARK(BM_Spectrum20SaveRowByRow)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_Spectrum20SaveRowByRow)->Arg(0)->Unit(benchmark::kMillisecond)->Iterations(2);
 
 } // namespace
 
@@ -153,7 +192,30 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     set_default_colors();
     benchmark::Initialize(&argc, argv);
+    server_url = qEnvironmentVariable("LUMORA_BENCH_DATABASE");
+    QTemporaryDir server_dir;
+    const QString state = server_dir.path() + QStringLiteral("/state");
+    bool own_server = false;
+    if (!is_server_url(server_url)) {
+        server_url.clear();
+        QProcess start;
+        start.start(QStringLiteral(LUMORA_PG_TEST_SERVER), {QStringLiteral("start"), state});
+        start.waitForFinished(120000);
+        QFile f(state);
+        if (start.exitCode() == 0 && f.open(QIODevice::ReadOnly)) {
+            own_server = true;
+            server_url = QString::fromUtf8(f.readAll()).split(QLatin1Char('\n')).value(1).trimmed();
+        } else {
+            std::fprintf(stderr, "no PostgreSQL server for the server runs: %s\n",
+                         start.readAllStandardError().constData());
+        }
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    if (own_server) {
+        QProcess stop;
+        stop.start(QStringLiteral(LUMORA_PG_TEST_SERVER), {QStringLiteral("stop"), state});
+        stop.waitForFinished(60000);
+    }
     return 0;
 }

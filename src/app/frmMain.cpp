@@ -299,6 +299,7 @@ void frmMain::Form_Load() {
     status_->set_text(5, QStringLiteral("Port..."));
     // "Port close" and "Cancel" of the port dialog give the menus back, and only the menus.
     connect(&port_dialog(), &frmPortSet::enable_menus, this, &frmMain::enable_menus, Qt::UniqueConnection);
+    show_database_state();
 }
 
 void frmMain::show_port_dialog() {

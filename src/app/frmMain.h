@@ -22,6 +22,7 @@ class frmLambda;
 class function_window;
 class frmPortSet;
 class status_bar;
+struct db_error;
 
 class frmMain : public QMainWindow {
     Q_OBJECT
@@ -75,6 +76,8 @@ public:
     void mnuFileOpenD_Click();
     void mnuFileOpenP_Click();
     void GetBatchName(const QString& name);
+    // Panel 6 says where the batches go when a lab's server takes them, or why it cannot be reached.
+    void show_database_state();
     void data_save(const QString& name);
     void data_load(const QString& name);
     void parameter_save(const QString& name);
@@ -112,7 +115,7 @@ private:
     void save_batch(bool data);
     void open_batch(bool data);
     void back_to_lambda();
-    void save_fault(const QString& why);
+    void save_fault(const db_error& e);
 
     std::unique_ptr<comm_port> port_;
     status_bar* status_ = nullptr;

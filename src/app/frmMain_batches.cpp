@@ -22,6 +22,13 @@ void inform(const QString& text) {
 
 } // namespace
 
+void frmMain::show_database_state() {
+    if (!db_on_server()) return;
+    const QString failure = db_server_failure();
+    status_->set_text(6, failure.isEmpty() ? QStringLiteral("Batches on ") + db_server_display()
+                                           : QStringLiteral("The database is not reachable: ") + failure);
+}
+
 void frmMain::GetBatchName(const QString& name) {
     batch_name = name;
 }
@@ -78,8 +85,10 @@ void frmMain::save_batch(bool data) {
     back_to_lambda();
 }
 
-void frmMain::save_fault(const QString& why) {
-    const QString text = QStringLiteral("The batch could not be saved, nothing of it was kept: ") + why;
+void frmMain::save_fault(const db_error& e) {
+    // The window keeps its data either way: the user saves it again once the store answers.
+    const QString text =
+        store_fault_text(e, QStringLiteral("The batch could not be saved, nothing of it was kept: "));
     status_->set_text(6, text);
     prompts::message_box(text, box_icon::exclamation, system_message);
 }
@@ -95,7 +104,7 @@ void frmMain::data_save(const QString& name) {
             return;
         }
     } catch (const db_error& e) {
-        return save_fault(e.what);
+        return save_fault(e);
     }
     status_->set_text(6, QStringLiteral("Save data completed!"));
 }
@@ -111,7 +120,7 @@ void frmMain::parameter_save(const QString& name) {
             return;
         }
     } catch (const db_error& e) {
-        return save_fault(e.what);
+        return save_fault(e);
     }
     status_->set_text(6, QStringLiteral("Save parameter completed!"));
 }
@@ -153,8 +162,8 @@ void frmMain::data_load(const QString& name) {
     try {
         rows = batch_read(batch_kind::data, batch_function_name(shared.function_id), name);
     } catch (const db_error& e) {
-        prompts::message_box(QStringLiteral("The batch could not be read: ") + e.what, box_icon::exclamation,
-                             system_message);
+        prompts::message_box(store_fault_text(e, QStringLiteral("The batch could not be read: ")),
+                             box_icon::exclamation, system_message);
         return;
     }
     const bool has_parameters = std::any_of(rows.begin(), rows.end(),
@@ -170,8 +179,8 @@ void frmMain::parameter_load(const QString& name) {
     try {
         rows = batch_read(batch_kind::parameter, batch_function_name(shared.function_id), name);
     } catch (const db_error& e) {
-        prompts::message_box(QStringLiteral("The batch could not be read: ") + e.what, box_icon::exclamation,
-                             system_message);
+        prompts::message_box(store_fault_text(e, QStringLiteral("The batch could not be read: ")),
+                             box_icon::exclamation, system_message);
         return;
     }
     if (rows.empty()) return;

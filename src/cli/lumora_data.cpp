@@ -1,6 +1,7 @@
 // lumora-data: the stored batches from a shell, with no display. "list" prints them; "export"
 // loads one into its function's window (on the offscreen platform, as the program would show it)
-// and writes the same files as File > "Export data (CSV, JCAMP-DX)...".
+// and writes the same files as File > "Export data (CSV, JCAMP-DX)..."; "restore" brings a batch
+// deleted on a shared server back from its trash.
 // Exit status: 0 done, 2 bad arguments, 1 a missing store or batch, or a write that failed.
 #include "functions/function_catalog.h"
 #include "functions/function_window.h"
@@ -27,6 +28,7 @@ const char* const usage_text =
     "Usage:\n"
     "  lumora-data list [--function F] [--db PATH]\n"
     "  lumora-data export --function F --batch NAME --format jcamp|csv [--compound] --out DIR [--db PATH]\n"
+    "  lumora-data restore FUNCTION NAME [--db URL]\n"
     "  lumora-data --help\n"
     "\n"
     "  list     prints the stored result batches: function, name, saved by, saved at.\n"
@@ -34,10 +36,16 @@ const char* const usage_text =
     "           csv    one CSV table (Quantitative: NAME-standards.csv and NAME-samples.csv);\n"
     "           jcamp  Spectrum only, one JCAMP-DX file per curve (NAME-1.jdx, ...), or with\n"
     "                  --compound one file NAME.jdx holding every curve as a block.\n"
+    "  restore  brings the batch NAME of FUNCTION (PHOTOMETRY, SPECTRUM, TIMESCAN, KINETIC,\n"
+    "           QUANTITATIVE, PROTEIN or TIMESCAN2) that was deleted last on a shared server back\n"
+    "           from the server's trash; refused while a stored batch has that name.\n"
     "\n"
     "  --function F  PHOTOMETRY, SPECTRUM, TIMESCAN, TIMESCAN2 or QUANTITATIVE (any case).\n"
-    "  --db PATH     the database file; else LUMORA_DATABASE, else Lumora.db in the data folder\n"
-    "                (LUMORA_DATA_DIR or the user's application data folder), as the program uses.\n"
+    "  --db PATH     the database file, or a postgresql:// URL of a lab's shared server; else\n"
+    "                LUMORA_DATABASE, else the url of the [database] section of the program's\n"
+    "                settings file, else Lumora.db in the data folder (LUMORA_DATA_DIR or the\n"
+    "                user's application data folder), as the program uses. A server's password\n"
+    "                comes from ~/.pgpass, PGPASSFILE or PGPASSWORD.\n"
     "\n"
     "Exit status: 0 done, 2 bad arguments, 1 no such database or batch, or a file not written.\n";
 
@@ -50,6 +58,7 @@ struct failure {
 
 struct arguments {
     QString command;
+    QStringList words; // what follows the command: FUNCTION NAME of restore
     std::map<QString, QString> options;
     bool compound = false;
     QString option(const char* name) const {
@@ -90,13 +99,21 @@ arguments parse(const QStringList& args) {
             throw bad_arguments{QStringLiteral("unknown option ") + arg};
         } else if (a.command.isEmpty()) {
             a.command = arg;
+        } else if (a.command == QLatin1String("restore") && a.words.size() < 2) {
+            a.words << arg;
         } else {
             throw bad_arguments{QStringLiteral("unexpected argument ") + arg};
         }
     }
-    if (a.command.isEmpty()) throw bad_arguments{QStringLiteral("no command: list or export")};
-    if (a.command != QLatin1String("list") && a.command != QLatin1String("export"))
+    if (a.command.isEmpty()) throw bad_arguments{QStringLiteral("no command: list, export or restore")};
+    if (a.command != QLatin1String("list") && a.command != QLatin1String("export") &&
+        a.command != QLatin1String("restore"))
         throw bad_arguments{QStringLiteral("unknown command ") + a.command};
+    if (a.command == QLatin1String("restore")) {
+        if (a.words.size() < 2) throw bad_arguments{QStringLiteral("restore needs FUNCTION and NAME")};
+        if (a.options.size() > a.options.count(QStringLiteral("--db")) || a.compound)
+            throw bad_arguments{QStringLiteral("restore takes --db only")};
+    }
     return a;
 }
 
@@ -109,7 +126,13 @@ const function_export& function_of(const QString& name) {
 void open_database(const arguments& a) {
     QString path = a.option("--db");
     if (path.isEmpty()) path = qEnvironmentVariable("LUMORA_DATABASE");
+    if (path.isEmpty()) path = configured_server_url();
     if (path.isEmpty()) path = db_path();
+    if (is_server_url(path)) {
+        const QString why = db_open_server(path);
+        if (!why.isEmpty()) throw failure{QStringLiteral("the database is not reachable: ") + why};
+        return;
+    }
     if (!QFileInfo(path).isFile()) throw failure{QStringLiteral("no database at ") + path};
     const QString why = db_open_file(path, false, true);
     if (!why.isEmpty())
@@ -143,6 +166,37 @@ int list(const arguments& a) {
                                    (h.saved_at.isValid() ? iso_time(h.saved_at) : QStringLiteral("-")));
         }
     }
+    return 0;
+}
+
+int restore(const arguments& a) {
+    QString function;
+    for (int id : {1, 2, 3, 4, 5, 11, 13})
+        if (batch_function_name(id).compare(a.words[0], Qt::CaseInsensitive) == 0)
+            function = batch_function_name(id);
+    if (function.isEmpty()) throw bad_arguments{QStringLiteral("unknown function ") + a.words[0]};
+    const QString name = a.words[1];
+    open_database(a);
+    const restored_batch back = batch_restore(function, name);
+    switch (back.result) {
+    case restore_result::no_trash:
+        throw failure{QStringLiteral("the batches are in a database file, which keeps no trash: a batch "
+                                     "deleted there is gone")};
+    case restore_result::not_in_trash:
+        throw failure{QStringLiteral("no %1 batch named %2 in the trash").arg(function, name)};
+    case restore_result::name_taken:
+        throw failure{QStringLiteral("a %1 batch named %2 is stored again; delete or keep it, the one in the "
+                                     "trash stays there")
+                          .arg(function, back.name)};
+    case restore_result::restored:
+        break;
+    }
+    print_line(stdout, QStringLiteral("restored %1 %2 batch %3 (deleted by %4 at %5)")
+                           .arg(function,
+                                back.kind == batch_kind::data ? QStringLiteral("result")
+                                                              : QStringLiteral("parameter"),
+                                back.name, back.deleted_by.isEmpty() ? QStringLiteral("-") : back.deleted_by,
+                                back.deleted_at.isValid() ? iso_time(back.deleted_at) : QStringLiteral("-")));
     return 0;
 }
 
@@ -220,13 +274,15 @@ int main(int argc, char** argv) {
         }
         // Listing reads the store only; an export needs the widgets of the function's window.
         std::unique_ptr<QCoreApplication> app;
-        if (a.command == QLatin1String("list"))
+        if (a.command != QLatin1String("export"))
             app = std::make_unique<QCoreApplication>(argc, argv);
         else
             app = std::make_unique<QApplication>(argc, argv);
         // Qt took the user's locale for everything; the stored numbers are read with a point.
         std::setlocale(LC_NUMERIC, "C");
-        const int rc = a.command == QLatin1String("list") ? list(a) : export_batch(a);
+        const int rc = a.command == QLatin1String("list")      ? list(a)
+                       : a.command == QLatin1String("restore") ? restore(a)
+                                                               : export_batch(a);
         db_close();
         return rc;
     } catch (const bad_arguments& e) {
@@ -237,7 +293,8 @@ int main(int argc, char** argv) {
         print_line(stderr, QStringLiteral("lumora-data: ") + e.why);
         return 1;
     } catch (const db_error& e) {
-        print_line(stderr, QStringLiteral("lumora-data: the database: ") + e.what);
+        print_line(stderr,
+                   QStringLiteral("lumora-data: ") + store_fault_text(e, QStringLiteral("the database: ")));
         return 1;
     }
 }

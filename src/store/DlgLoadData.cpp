@@ -63,7 +63,7 @@ void DlgLoadData::fill_list() {
     try {
         names = batch_list(kind(), function_);
     } catch (const db_error& e) {
-        report_fault(e.what);
+        report_fault(e);
     }
     list_->setRows(1);
     list_->setTextMatrix(0, 0, QStringLiteral("Batch Name"));
@@ -134,15 +134,15 @@ void DlgLoadData::Command1_Click(int index) {
             batch_delete_all(kind());
         }
     } catch (const db_error& e) {
-        report_fault(e.what);
+        report_fault(e);
         return;
     }
     fill_list();
 }
 
-void DlgLoadData::report_fault(const QString& why) {
-    prompts::message_box(QStringLiteral("The batch store could not be used: ") + why, box_icon::exclamation,
-                         QStringLiteral("System Message"));
+void DlgLoadData::report_fault(const db_error& e) {
+    prompts::message_box(store_fault_text(e, QStringLiteral("The batch store could not be used: ")),
+                         box_icon::exclamation, QStringLiteral("System Message"));
 }
 
 } // namespace lumora

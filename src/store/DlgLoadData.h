@@ -2,6 +2,7 @@
 // "Select a batch name": the stored batches of one function, to pick one for loading, or to delete
 // one name (under every function) or all batches of the kind (for every function).
 #include "batches.h"
+#include "database.h"
 
 #include <QDialog>
 
@@ -37,7 +38,7 @@ protected:
 private:
     batch_kind kind() const;
     // A store fault while deleting: the list stays as it was and the user is told.
-    void report_fault(const QString& why);
+    void report_fault(const db_error& e);
 
     QString function_;
     grid* list_ = nullptr;

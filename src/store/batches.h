@@ -50,9 +50,24 @@ save_result batch_save(batch_kind kind, const QString& function, const QString& 
 // Every row of a batch, by type, then curve number, then position; empty when there is none.
 std::vector<batch_row> batch_read(batch_kind kind, const QString& function, const QString& name);
 
-// Removes the batches of this name under every function, or every batch of the kind.
+// Removes the batches of this name under every function, or every batch of the kind. On a shared
+// server they go, header and rows, into its trash with who deleted them and when; in the file they
+// are gone.
 void batch_delete(batch_kind kind, const QString& name);
 void batch_delete_all(batch_kind kind);
+
+// Brings the batch of this function and name that went into the server's trash last back, under
+// its own name, in one transaction.
+enum class restore_result { restored, not_in_trash, name_taken, no_trash };
+struct restored_batch {
+    restore_result result = restore_result::not_in_trash;
+    batch_kind kind = batch_kind::data;
+    QString name;       // as it was saved
+    QString deleted_by; // user@host
+    QDateTime deleted_at;
+};
+// no_trash: the batches are in the file, which keeps none. Throws db_error.
+restored_batch batch_restore(const QString& function, const QString& name);
 
 // Walks the values of one type of a read batch. Past the last row it gives "" and says so, so a
 // batch cut short is never read past its rows.

@@ -21,10 +21,18 @@ db_error open_and_load() {
     return {};
 }
 
+// A lab's shared server takes the batches; one that cannot be reached now is tried again at the
+// next batch action, and the program runs on (db_server_failure() says why).
+void open_server() {
+    const QString url = configured_server_url();
+    if (!url.isEmpty()) db_open_server(url);
+}
+
 } // namespace
 
 store_start open_store(QString& why, const std::function<void()>& before_box) {
     why.clear();
+    open_server();
     const db_error first = open_and_load();
     if (first.what.isEmpty()) return store_start::ready;
     if (before_box) before_box();

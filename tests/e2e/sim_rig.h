@@ -59,6 +59,7 @@ public:
         window.reset();
         reset_shared_state();
         db_open_file(data_folder_ + "/Lumora.db", true);
+        if (const QString url = configured_server_url(); !url.isEmpty()) db_open_server(url);
         load_settings();
         auto backend = std::make_unique<memory_backend>();
         pipe = backend.get();

@@ -12,11 +12,13 @@
 #include "protein_rig.h"
 #include "quant_rig.h"
 #include "spectrum_rig.h"
+#include "store/pg_test_server.h"
 #include "timescan_rig.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTabBar>
+#include <QTemporaryDir>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -145,6 +147,44 @@ TEST(BatchesOnTheSimulator, NamesAreCheckedAndARefusedSaveWritesNothing) {
     s.rig.run_for(1.0);
     sent = menu.commands_after([&] { menu.load("mnuFileOpenD", "Run1", false); });
     EXPECT_TRUE(sent.empty());
+}
+
+TEST(BatchesOnTheSimulator, ALabServerThatCannotBeReachedKeepsTheRunAndTakesItOnceItAnswers) {
+    QTemporaryDir nowhere;
+    qputenv("LUMORA_DATABASE", ("postgresql://lab:s3cret@/lumora?host=" + nowhere.path()).toUtf8());
+    spectrum_rig s;
+    qunsetenv("LUMORA_DATABASE");
+    file_menu menu{s.rig};
+    const QString down = "The database is not reachable: ";
+    const auto said_down = std::find_if(s.rig.writes.begin(), s.rig.writes.end(), [&](const auto& w) {
+        return w.panel == 6 && w.text.startsWith(down) && !w.text.contains("s3cret");
+    });
+    EXPECT_NE(said_down, s.rig.writes.end()) << "panel 6 says the server is not reachable";
+    s.set_range(500, 520, false);
+    ASSERT_TRUE(s.scan(2));
+    ASSERT_TRUE(s.scan(3));
+    const std::string rows = rows_text(s.window->result_rows());
+    menu.save("mnuFileSaveD", "run1");
+    ASSERT_EQ(box_texts().size(), 1u);
+    EXPECT_TRUE(box_texts()[0].startsWith(down)) << box_texts()[0].toStdString();
+    EXPECT_FALSE(box_texts()[0].contains("s3cret"));
+    EXPECT_EQ(prompts::shown().back().title, "System Message");
+    EXPECT_EQ(rows_text(s.window->result_rows()), rows) << "the window keeps its run";
+
+    // The lab's server answers now: the same menu saves there, and the run loads back from it.
+    if (pg_test::url().isEmpty())
+        GTEST_SKIP() << "no PostgreSQL server: " << pg_test::why_not().toStdString();
+    pg_test::wipe();
+    ASSERT_EQ(db_open_server(pg_test::url()), QString());
+    menu.save("mnuFileSaveD", "run1");
+    EXPECT_TRUE(box_texts().empty());
+    EXPECT_EQ(s.rig.panel(6), "Save data completed!");
+    menu.leave_and_return("mnuFuncSpectrum");
+    s.window = qobject_cast<frmSpectrum*>(s.rig.window->current_function());
+    ASSERT_TRUE(menu.load("mnuFileOpenD", "run1"));
+    EXPECT_EQ(rows_text(s.window->result_rows()), rows);
+    menu.save("mnuFileSaveD", "RUN1");
+    EXPECT_EQ(box_texts(), std::vector<QString>{"The batch name has already existed, please try another!"});
 }
 
 TEST(BatchesOnTheSimulator, ASpectrumParameterBatchBringsTheSetupBack) {

@@ -5,6 +5,7 @@
 #include "opendata/jcamp.h"
 #include "store/batches.h"
 #include "store/database.h"
+#include "store/pg_test_server.h"
 
 #include <QDir>
 #include <QFile>
@@ -133,6 +134,46 @@ TEST_F(data_tool, ListPrintsTheBatchesOfTheStoreTheEnvironmentNames) {
     const run_result none = run({"list"});
     EXPECT_EQ(none.status, 1);
     EXPECT_TRUE(none.err.contains(QStringLiteral("no database at"))) << none.err.toStdString();
+}
+
+TEST_F(data_tool, RestoreBringsABatchDeletedOnTheServerBackAndRefusesWhatItCannot) {
+    const run_result on_file = run({"restore", "SPECTRUM", "scanA", "--db", db});
+    EXPECT_EQ(on_file.status, 1);
+    EXPECT_TRUE(on_file.err.contains("keeps no trash")) << on_file.err.toStdString();
+    const run_result down =
+        run({"restore", "SPECTRUM", "scanA", "--db", "postgresql://lab:s3cret@/lumora?host=" + dir.path()});
+    EXPECT_EQ(down.status, 1);
+    EXPECT_TRUE(down.err.startsWith("lumora-data: the database is not reachable: "))
+        << down.err.toStdString();
+    EXPECT_FALSE(down.err.contains("s3cret"));
+    EXPECT_EQ(run({"restore", "NOSUCH", "scanA", "--db", db}).status, 2);
+
+    LUMORA_NEED_SERVER();
+    pg_test::wipe();
+    ASSERT_EQ(db_open_server(pg_test::url()), QString());
+    ASSERT_EQ(batch_save(batch_kind::data, "SPECTRUM", "scanA", spectrum_rows()), save_result::saved);
+    const std::vector<batch_row> before = batch_read(batch_kind::data, "SPECTRUM", "scanA");
+    batch_delete(batch_kind::data, "SCANA");
+    db_close();
+
+    QProcessEnvironment env;
+    env.insert(QStringLiteral("LUMORA_DATABASE"), pg_test::url());
+    const run_result back = run({"restore", "spectrum", "scana"}, env);
+    EXPECT_EQ(back.status, 0) << back.err.toStdString();
+    EXPECT_TRUE(back.out.startsWith("restored SPECTRUM result batch scanA (deleted by "))
+        << back.out.toStdString();
+    const run_result listed = run({"list", "--function", "SPECTRUM"}, env);
+    EXPECT_TRUE(listed.out.contains("SPECTRUM\tscanA\t")) << listed.out.toStdString();
+    const run_result again = run({"restore", "SPECTRUM", "scanA"}, env);
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.err, "lumora-data: no SPECTRUM batch named scanA in the trash\n");
+
+    ASSERT_EQ(db_open_server(pg_test::url()), QString());
+    const std::vector<batch_row> after = batch_read(batch_kind::data, "SPECTRUM", "scanA");
+    ASSERT_EQ(after.size(), before.size());
+    for (std::size_t i = 0; i < before.size(); ++i)
+        EXPECT_EQ(after[i].value, before[i].value) << i;
+    db_close();
 }
 
 TEST_F(data_tool, ExportWritesTheSameValuesWithAPointUnderAGermanLocale) {

@@ -2,6 +2,7 @@
 // moving it aside under a dated name and starting with a new database, or quitting.
 #include "link/shared_state.h"
 #include "platform/prompts.h"
+#include "store/batches.h"
 #include "store/database.h"
 #include "store/store_start.h"
 
@@ -142,4 +143,26 @@ TEST_F(store_start_test, AFolderThatCannotHoldTheDatabaseEndsWithItsReasonAndAsk
     EXPECT_FALSE(why.isEmpty());
     EXPECT_TRUE(prompts::shown().empty());
     EXPECT_TRUE(QFileInfo(db).isDir());
+}
+
+TEST_F(store_start_test, AServerThatCannotBeReachedLetsTheProgramStartOnItsFile) {
+    qputenv("LUMORA_DATABASE",
+            ("postgresql://lab:s3cret@/lumora?host=" + dir.path() + "/gone").toLocal8Bit());
+    QString why;
+    const store_start result = open_store(why);
+    qunsetenv("LUMORA_DATABASE");
+    EXPECT_EQ(result, store_start::ready);
+    EXPECT_EQ(why, "");
+    EXPECT_TRUE(prompts::shown().empty()) << "no box at start: panel 6 says it";
+    EXPECT_TRUE(db_on_server());
+    EXPECT_NE(db_server_failure(), "");
+    EXPECT_FALSE(db_server_failure().contains("s3cret"));
+    // The instrument's own rows are in its file; the batches wait for the server.
+    EXPECT_EQ(db_query("SELECT ParaValue FROM system WHERE ParaName='Default WL'").rows_.size(), 1u);
+    try {
+        batch_exists(batch_kind::data, "SPECTRUM", "any");
+        ADD_FAILURE() << "the batches were looked up in the file";
+    } catch (const db_error& e) {
+        EXPECT_TRUE(e.unreachable());
+    }
 }
