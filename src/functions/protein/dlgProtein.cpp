@@ -126,7 +126,7 @@ dlgProtein::dlgProtein(QWidget* parent) : QDialog(parent) {
     fgd_standard_ = new grid(standard);
     fgd_standard_->setObjectName(QStringLiteral("fgdStandard"));
     fgd_standard_->setAccessibleName(QStringLiteral("Standards"));
-    keying_ = new standards_keying(fgd_standard_, [this] { protein.changed = true; });
+    keying_ = new standards_keying(fgd_standard_, [] { protein.changed = true; });
     std_layout->addWidget(fgd_standard_, 1);
     tabs_->addTab(standard, QStringLiteral("Standard"));
 
