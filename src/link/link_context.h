@@ -52,6 +52,11 @@ struct link_hooks {
     std::array<std::function<void(std::int32_t value)>, 10> show_zero;
     std::array<std::function<bool()>, 10> reading_flag;
     std::array<timed_schedule, 10> timed;
+
+    // The three hooks of a reading that zeroes first (Quantitative, Protein), set and cleared together.
+    void set_reading(int mode, std::function<void(std::int32_t mean)> data,
+                     std::function<void(std::int32_t value)> zero, std::function<bool()> flag);
+    void clear_reading(int mode) { set_reading(mode, nullptr, nullptr, nullptr); }
 };
 
 struct link_context {

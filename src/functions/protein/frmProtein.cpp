@@ -87,10 +87,9 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
     layout->addLayout(right, 2);
     connect(tabs_, &QTabBar::currentChanged, this, &frmProtein::show_table);
 
-    auto& h = link_ctx.hooks;
-    h.show_data[mm_protein] = [this](std::int32_t mean) { show_data(mean); };
-    h.show_zero[mm_protein] = [this](std::int32_t value) { show_zero(value); };
-    h.reading_flag[mm_protein] = [] { return protein.zero_done; };
+    link_ctx.hooks.set_reading(
+        mm_protein, [this](std::int32_t mean) { show_data(mean); },
+        [this](std::int32_t value) { show_zero(value); }, [] { return protein.zero_done; });
 
     // Form load
     set_form_visible(true);
@@ -99,10 +98,7 @@ frmProtein::frmProtein(const function_entry& entry, QWidget* parent) : function_
 }
 
 frmProtein::~frmProtein() {
-    auto& h = link_ctx.hooks;
-    h.show_data[mm_protein] = nullptr;
-    h.show_zero[mm_protein] = nullptr;
-    h.reading_flag[mm_protein] = nullptr;
+    link_ctx.hooks.clear_reading(mm_protein);
 }
 
 void frmProtein::set_form_visible(bool visible) {

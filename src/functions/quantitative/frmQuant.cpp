@@ -61,10 +61,9 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
     connect(tabs_, &QTabBar::currentChanged, this, &frmQuant::show_table);
     connect(tables_[1], &QTableWidget::cellClicked, this, [this](int row, int) { fgdSample_Click(row); });
 
-    auto& h = link_ctx.hooks;
-    h.show_data[mm_quantitative] = [this](std::int32_t mean) { show_data(mean); };
-    h.show_zero[mm_quantitative] = [this](std::int32_t value) { show_zero(value); };
-    h.reading_flag[mm_quantitative] = [] { return quant.zero_done; };
+    link_ctx.hooks.set_reading(
+        mm_quantitative, [this](std::int32_t mean) { show_data(mean); },
+        [this](std::int32_t value) { show_zero(value); }, [] { return quant.zero_done; });
 
     // Form load
     set_form_visible(true);
@@ -73,10 +72,7 @@ frmQuant::frmQuant(const function_entry& entry, QWidget* parent) : function_wind
 }
 
 frmQuant::~frmQuant() {
-    auto& h = link_ctx.hooks;
-    h.show_data[mm_quantitative] = nullptr;
-    h.show_zero[mm_quantitative] = nullptr;
-    h.reading_flag[mm_quantitative] = nullptr;
+    link_ctx.hooks.clear_reading(mm_quantitative);
 }
 
 void frmQuant::set_form_visible(bool visible) {
