@@ -68,6 +68,21 @@ void add_statistics(context_lines& c, const QList<QStringList>& rows) {
     }
 }
 
+QString fit_equation_text(int fit_type) {
+    switch (fit_type) {
+    case 1:
+        return QStringLiteral("Conc. = Ka A");
+    case 2:
+        return QStringLiteral("Conc. = Ka A + Kb");
+    case 3:
+        return QStringLiteral("Conc. = Ka A^2 + Kb A");
+    case 4:
+        return QStringLiteral("Conc. = Ka A^2 + Kb A + Kc");
+    default:
+        return QStringLiteral("none");
+    }
+}
+
 void add_predictions(context_lines& c, const std::vector<labelled_prediction>& predictions) {
     QList<QStringList> rows;
     for (const labelled_prediction& p : predictions) {

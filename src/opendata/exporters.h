@@ -37,6 +37,8 @@ using context_lines = std::vector<std::pair<QString, QString>>;
 
 // Statistics rows (label, value, SE or note) as context lines under "statistics <label>".
 void add_statistics(context_lines& c, const QList<QStringList>& rows);
+// A calibration's fit as a plain equation: "Conc. = Ka A^2 + Kb A"; "none" for an unknown type.
+QString fit_equation_text(int fit_type);
 // Each sample's 95 % interval and flag as context lines: "statistics sample 3" = "1.2, 95% 1.1 to 1.3".
 void add_predictions(context_lines& c, const std::vector<labelled_prediction>& predictions);
 

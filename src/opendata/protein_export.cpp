@@ -13,21 +13,6 @@
 namespace lumora::opendata {
 namespace {
 
-QString equation(int fit_type) {
-    switch (fit_type) {
-    case 1:
-        return QStringLiteral("Conc. = Ka A");
-    case 2:
-        return QStringLiteral("Conc. = Ka A + Kb");
-    case 3:
-        return QStringLiteral("Conc. = Ka A^2 + Kb A");
-    case 4:
-        return QStringLiteral("Conc. = Ka A^2 + Kb A + Kc");
-    default:
-        return QStringLiteral("none");
-    }
-}
-
 context_lines protein_context(const export_source& source) {
     const ProteinSetup& p = protein;
     context_lines c = common_context(QStringLiteral("Protein analysis"), source, p.report_laboratory,
@@ -39,7 +24,7 @@ context_lines protein_context(const export_source& source) {
     c.emplace_back(QStringLiteral("wavelength"), p.lambda + QStringLiteral(" nm"));
     c.emplace_back(QStringLiteral("standard replicates"), QString::number(p.std_reps));
     c.emplace_back(QStringLiteral("sample replicates"), QString::number(p.sample_reps));
-    c.emplace_back(QStringLiteral("fit"), equation(p.cal.fit_type));
+    c.emplace_back(QStringLiteral("fit"), fit_equation_text(p.cal.fit_type));
     c.emplace_back(QStringLiteral("Ka"), exact_text(p.cal.fit_ka));
     c.emplace_back(QStringLiteral("Kb"), exact_text(p.cal.fit_kb));
     c.emplace_back(QStringLiteral("Kc"), exact_text(p.cal.fit_kc));

@@ -9,21 +9,6 @@
 namespace lumora::opendata {
 namespace {
 
-QString equation(const calibration_set& c) {
-    switch (c.fit_type) {
-    case 1:
-        return QStringLiteral("Conc. = Ka A");
-    case 2:
-        return QStringLiteral("Conc. = Ka A + Kb");
-    case 3:
-        return QStringLiteral("Conc. = Ka A^2 + Kb A");
-    case 4:
-        return QStringLiteral("Conc. = Ka A^2 + Kb A + Kc");
-    default:
-        return QStringLiteral("none");
-    }
-}
-
 context_lines quant_context(const export_source& source) {
     const QuantSetup& q = quant;
     context_lines c = common_context(QStringLiteral("Quantitative"), source, q.report_laboratory,
@@ -32,7 +17,7 @@ context_lines quant_context(const export_source& source) {
     c.emplace_back(QStringLiteral("standards"), q.std_type == 2   ? QStringLiteral("known factor")
                                                 : q.std_type == 1 ? QStringLiteral("keyed ABS")
                                                                   : QStringLiteral("read ABS"));
-    c.emplace_back(QStringLiteral("fit"), equation(q.cal));
+    c.emplace_back(QStringLiteral("fit"), fit_equation_text(q.cal.fit_type));
     c.emplace_back(QStringLiteral("Ka"), exact_text(q.cal.fit_ka));
     c.emplace_back(QStringLiteral("Kb"), exact_text(q.cal.fit_kb));
     c.emplace_back(QStringLiteral("Kc"), exact_text(q.cal.fit_kc));
